@@ -1,0 +1,9 @@
+// Umbrella header: every exported header of fl::i18n.
+#pragma once
+
+#include <fl/i18n/codecvt.hpp>
+#include <fl/i18n/conversion.hpp>
+#include <fl/i18n/conversion_error.hpp>
+#include <fl/i18n/converter.hpp>
+#include <fl/i18n/export.hpp>
+#include <fl/i18n/ustring.hpp>

@@ -1,0 +1,45 @@
+// UTF-16 to the JVM's modified UTF-8, through ICU.
+#include "utf_direct.hpp"
+
+#include <fl/i18n/codecvt.hpp>
+
+#include <unicode/ustring.h>
+
+namespace fl::i18n {
+
+namespace {
+
+unsigned long to_java_utf8(char* destination, unsigned long capacity, const char16_t* source, unsigned long length)
+{
+    return detail::checked_utf_call(length, capacity, detail::from_utf16_limit,
+                                    [&](int32_t cap, int32_t* needed, UErrorCode* status) {
+                                        u_strToJavaModifiedUTF8(destination, cap, needed, source,
+                                                                static_cast<int32_t>(length), status);
+                                    });
+}
+
+}  // namespace
+
+unsigned long codecvt_ustring_to_java_nonstandard_utf8::do_get_destination_size(const char16_t* source,
+                                                                                unsigned long source_length) const
+{
+    return to_java_utf8(nullptr, 0, source, source_length);
+}
+
+std::string codecvt_ustring_to_java_nonstandard_utf8::do_convert(const char16_t* source,
+                                                                 unsigned long source_length) const
+{
+    return detail::convert_with_two_buffers<char>(source_length, [&](char* buffer, unsigned long capacity) {
+        return to_java_utf8(buffer, capacity, source, source_length);
+    });
+}
+
+unsigned long codecvt_ustring_to_java_nonstandard_utf8::do_convert(char* destination,
+                                                                   unsigned long destination_capacity,
+                                                                   const char16_t* source,
+                                                                   unsigned long source_length) const
+{
+    return to_java_utf8(destination, destination_capacity, source, source_length);
+}
+
+}  // namespace fl::i18n
