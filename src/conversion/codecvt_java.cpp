@@ -5,6 +5,8 @@
 
 #include <unicode/ustring.h>
 
+#include <algorithm>
+
 namespace fl::i18n {
 
 namespace {
@@ -39,7 +41,13 @@ unsigned long codecvt_ustring_to_java_nonstandard_utf8::do_convert(char* destina
                                                                    const char16_t* source,
                                                                    unsigned long source_length) const
 {
-    return to_java_utf8(destination, destination_capacity, source, source_length);
+    // ICU terminates the output when there is room, and this form must not write past the
+    // output: each unit takes at least one byte, so only a capacity above the source length
+    // can leave room, and then the exact size is learned first.
+    unsigned long capacity = destination_capacity;
+    if (capacity > source_length)
+        capacity = std::min(capacity, to_java_utf8(nullptr, 0, source, source_length));
+    return to_java_utf8(destination, capacity, source, source_length);
 }
 
 }  // namespace fl::i18n
