@@ -44,6 +44,7 @@ unsigned long codecvt_ustring_to_java_nonstandard_utf8::do_convert(char* destina
     // ICU terminates the output when there is room, and this form must not write past the
     // output: each unit takes at least one byte, so only a capacity above the source length
     // can leave room, and then the exact size is learned first.
+    detail::check_icu_sizes(source_length, destination_capacity);
     unsigned long capacity = destination_capacity;
     if (capacity > source_length)
         capacity = std::min(capacity, to_java_utf8(nullptr, 0, source, source_length));

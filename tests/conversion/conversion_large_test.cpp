@@ -1,0 +1,72 @@
+// Tests of texts beyond ICU's 31-bit lengths. The input is read from zero pages, so only results
+// cost memory; registered under the CTest label "large".
+#include <fl/i18n/codecvt.hpp>
+#include <fl/i18n/conversion.hpp>
+
+#include "conversion_test_support.hpp"
+
+#include <unistd.h>
+
+namespace {
+
+using namespace fl::i18n;
+
+constexpr unsigned long long gib = 1ull << 30;
+
+bool has_physical_memory(unsigned long long bytes)
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long page_size = sysconf(_SC_PAGE_SIZE);
+    return pages > 0 && page_size > 0 &&
+           static_cast<unsigned long long>(pages) * static_cast<unsigned long long>(page_size) >= bytes;
+}
+
+template <class Char>
+bool all_zero(const std::basic_string<Char>& s)
+{
+    return std::find_if(s.begin(), s.end(), [](Char c) { return c != Char(); }) == s.end();
+}
+
+TEST(codecvt_string_to_ustring, DestinationSizeBeyond31Bits)
+{
+    constexpr unsigned long bytes = 0x80000010ul;
+    const qx_test::zero_region zeros(bytes);
+    if (!zeros) GTEST_SKIP() << "cannot map 2 GiB of zero pages";
+    const codecvt_string_to_ustring cvt("UTF-8", false);
+    EXPECT_EQ(cvt.get_destination_size(zeros.as<char>(), bytes), bytes);
+}
+
+TEST(codecvt_ustring_to_string, DestinationSizeBeyond31Bits)
+{
+    constexpr unsigned long units = 0x40000000ul;
+    const qx_test::zero_region zeros(units * sizeof(char16_t));
+    if (!zeros) GTEST_SKIP() << "cannot map 2 GiB of zero pages";
+    // Two bytes per unit: the total passes 2^31 although every ICU call stays below it.
+    EXPECT_EQ(codecvt_ustring_to_string("UTF-16LE", false).get_destination_size(zeros.as<char16_t>(), units),
+              2 * units);
+    EXPECT_EQ(codecvt_ustring_to_string("UTF-8", false).get_destination_size(zeros.as<char16_t>(), units), units);
+}
+
+TEST(utf8_to_ustring, BeyondTheDirectLimitConvertsInChunks)
+{
+    if (!has_physical_memory(8 * gib)) GTEST_SKIP() << "needs 8 GiB of RAM for a 4 GiB result";
+    constexpr unsigned long bytes = 0x80000010ul;
+    const qx_test::zero_region zeros(bytes);
+    if (!zeros) GTEST_SKIP() << "cannot map 2 GiB of zero pages";
+    const ustring result = utf8_to_ustring(zeros.as<char>(), bytes);
+    EXPECT_EQ(result.size(), bytes);
+    EXPECT_TRUE(all_zero(result));
+}
+
+TEST(ustring_to_utf8, AtTheChunkThresholdConvertsInChunks)
+{
+    if (!has_physical_memory(8 * gib)) GTEST_SKIP() << "needs 8 GiB of RAM for a 1 GiB result";
+    constexpr unsigned long units = 0x40000000ul;
+    const qx_test::zero_region zeros(units * sizeof(char16_t));
+    if (!zeros) GTEST_SKIP() << "cannot map 2 GiB of zero pages";
+    const std::string result = ustring_to_utf8(zeros.as<char16_t>(), units);
+    EXPECT_EQ(result.size(), units);
+    EXPECT_TRUE(all_zero(result));
+}
+
+}  // namespace
