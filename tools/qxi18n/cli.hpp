@@ -1,0 +1,70 @@
+// Shared pieces of the qxi18n tool: exit statuses, one-line diagnostics, argument walking.
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace qxi18n_tool {
+
+/// Exit statuses of every subcommand.
+enum exit_status : int {
+    exit_ok = 0,
+    exit_data_error = 1,   ///< bad input data, a missing file, a failed read or write
+    exit_usage_error = 2,  ///< a bad command line or an unknown encoding name
+};
+
+/// Flushes standard output first, so nothing already produced is lost or reordered, then
+/// writes "qxi18n: MESSAGE" as one line on standard error.
+void report(const std::string& message);
+
+/// A bad command line of `command`; main reports it in one line and exits with status 2.
+class usage_error : public std::runtime_error {
+public:
+    usage_error(const std::string& command, const std::string& message);
+};
+
+/// A failed read or write; the message names the file and the system's reason.
+class io_error : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A failed read of one input: the other inputs can still be converted.
+class read_error : public io_error {
+public:
+    using io_error::io_error;
+};
+
+/// Walks the arguments of one subcommand. Options take values as "-f X", "-fX", "--from X" or
+/// "--from=X"; "--" ends the options; "-" alone is an operand (standard input).
+class arguments {
+public:
+    /// `argv[0]` is the subcommand's name.
+    arguments(int argc, char** argv, std::string command);
+
+    bool empty() const { return position_ == args_.size(); }
+    /// Consumes a "--"; true if there was one.
+    bool end_of_options();
+    /// Consumes the next argument if it is this flag.
+    bool flag(const char* short_name, const char* long_name);
+    /// Consumes the next argument if it is this option and stores its value; a missing value
+    /// is a usage_error.
+    bool option(const char* short_name, const char* long_name, std::string& value);
+    /// Consumes the next argument as an operand; an unknown option is a usage_error.
+    std::string operand();
+    const std::string& command() const { return command_; }
+
+private:
+    std::vector<std::string> args_;
+    std::size_t position_ = 0;
+    bool operands_only_ = false;
+    std::string command_;
+};
+
+int run_convert(int argc, char** argv);
+int run_list_encodings(int argc, char** argv);
+int run_demo(int argc, char** argv);
+
+}  // namespace qxi18n_tool

@@ -1,0 +1,160 @@
+// The sections of `qxi18n demo`; a new section is a function here and a row in `sections`.
+#include "demo.hpp"
+
+#include <fl/i18n/codecvt.hpp>
+#include <fl/i18n/conversion.hpp>
+#include <fl/i18n/conversion_error.hpp>
+
+#include <cstdio>
+
+namespace qxi18n_tool::demo {
+
+namespace {
+
+using namespace fl::i18n;
+
+struct sample {
+    const char* file;
+    const char* encoding;
+};
+
+const sample round_trip_samples[] = {
+    {"french.windows-1252.txt", "windows-1252"}, {"russian.koi8-r.txt", "KOI8-R"},
+    {"japanese.shift_jis.txt", "Shift_JIS"},     {"japanese.euc-jp.txt", "EUC-JP"},
+    {"chinese.gb18030.txt", "GB18030"},          {"greek.iso-8859-7.txt", "ISO-8859-7"},
+    {"mixed.utf-16le-bom.txt", "UTF-16"},
+};
+
+// The name and message of a conversion exception, as a reader of the demo should see them.
+std::string describe(const CvtExceptionBase& e)
+{
+    const char* name = e.get_id() == cvt_invalid_character ? "CvtInvalidCharacter"
+                       : e.get_id() == cvt_conversion_failure ? "CvtConversionFailure"
+                                                               : "CvtExceptionBase";
+    return std::string("throws ") + name + " (\"" + e.what() + "\")";
+}
+
+void show_round_trips(const context& ctx)
+{
+    std::printf("Each sample is read into a ustring with codecvt_string_to_ustring and written\n"
+                "back with codecvt_ustring_to_string, both in stop mode.\n\n");
+    for (const sample& s : round_trip_samples) {
+        const std::string bytes = read_sample(ctx, s.file);
+        const codecvt_string_to_ustring decoder(s.encoding, false);
+        const codecvt_ustring_to_string encoder(s.encoding, false);
+        const ustring text = to_ustring(bytes, decoder);
+        const std::string back = to_string(text, encoder);
+        std::printf("  %-24s %-13s %4zu bytes -> %4zu UTF-16 units -> %4zu bytes, %s\n", s.file,
+                    s.encoding, bytes.size(), text.size(), back.size(),
+                    back == bytes ? "identical" : "DIFFERENT");
+        std::printf("      %s\n", first_line(text).c_str());
+    }
+}
+
+void show_same_text(const context& ctx)
+{
+    const ustring sjis = to_ustring(read_sample(ctx, "japanese.shift_jis.txt"),
+                                    codecvt_string_to_ustring("Shift_JIS", false));
+    const ustring euc = to_ustring(read_sample(ctx, "japanese.euc-jp.txt"),
+                                   codecvt_string_to_ustring("EUC-JP", false));
+    std::printf("The two Japanese samples hold one text in two encodings. As ustring they are\n"
+                "%s: %zu UTF-16 units each.\n",
+                sjis == euc ? "equal" : "NOT equal", sjis.size());
+}
+
+void show_byte_order_mark(const context& ctx)
+{
+    const std::string bytes = read_sample(ctx, "mixed.utf-16le-bom.txt");
+    std::printf("mixed.utf-16le-bom.txt starts with the bytes FF FE.\n\n");
+    for (const char* encoding : {"UTF-16", "UTF-16LE", "UTF-16BE"}) {
+        const ustring text = to_ustring(bytes, codecvt_string_to_ustring(encoding, true));
+        std::printf("  read as %-9s %3zu units, the first is U+%04X\n", encoding, text.size(),
+                    static_cast<unsigned>(text.empty() ? 0 : text[0]));
+    }
+    std::printf("\n\"UTF-16\" takes the byte order from the mark and drops it; \"UTF-16LE\" keeps\n"
+                "it as U+FEFF; \"UTF-16BE\" reads every unit backwards.\n");
+}
+
+void show_error_modes(const context& ctx)
+{
+    const ustring text = to_ustring(read_sample(ctx, "beyond-latin1.utf-8.txt"),
+                                    codecvt_string_to_ustring("UTF-8", false));
+    std::printf("beyond-latin1.utf-8.txt written as ISO-8859-1 (Latin-1 shown as UTF-8 here):\n\n"
+                "  %-15s%s\n", "text", first_line(text).c_str());
+    const struct {
+        const char* name;
+        codecvt_call_back_mode mode;
+    } modes[] = {
+        {"stop", cvt_call_back_stop},
+        {"substitute", cvt_call_back_default},
+        {"escape-icu", cvt_call_back_escape_icu},
+        {"escape-java", cvt_call_back_escape_java},
+        {"escape-c", cvt_call_back_escape_c},
+        {"escape-xml-dec", cvt_call_back_escape_xml_dec},
+        {"escape-xml-hex", cvt_call_back_escape_xml_hex},
+        {"escape-unicode", cvt_call_back_escape_unicode},
+        {"escape-css2", cvt_call_back_escape_css2},
+    };
+    const ustring line = text.substr(0, text.find(u'\n'));
+    for (const auto& m : modes) {
+        std::string shown;
+        try {
+            shown = show_latin1(to_string(line, codecvt_ustring_to_string(m.mode, "ISO-8859-1", "")));
+        } catch (const CvtExceptionBase& e) {
+            shown = describe(e);
+        }
+        std::printf("  %-15s%s\n", m.name, shown.c_str());
+    }
+    std::printf("\nWith cvt_call_back_substitute the caller picks the bytes: \"?\" gives\n  %-15s%s\n",
+                "", show_latin1(to_string(line, codecvt_ustring_to_string(cvt_call_back_substitute,
+                                                                          "ISO-8859-1", "?")))
+                        .c_str());
+}
+
+void show_malformed_input(const context& ctx)
+{
+    const std::string bytes = read_sample(ctx, "malformed.utf-8.txt");
+    const codecvt_string_to_ustring strict("UTF-8", false);
+    const codecvt_string_to_ustring lenient("UTF-8", true);
+    std::printf("malformed.utf-8.txt read line by line as UTF-8, strict and lenient:\n\n");
+    std::size_t number = 0;
+    for (std::size_t start = 0; start < bytes.size(); ++number) {
+        const std::size_t end = std::min(bytes.find('\n', start), bytes.size());
+        const std::string line = bytes.substr(start, end - start);
+        start = end + 1;
+        try {
+            to_ustring(line, strict);
+            std::printf("  line %zu  ok\n", number + 1);
+        } catch (const CvtExceptionBase& e) {
+            std::printf("  line %zu  %s\n", number + 1, describe(e).c_str());
+            std::printf("          lenient: %s\n",
+                        ustring_to_utf8(to_ustring(line, lenient)).c_str());
+        }
+    }
+    const std::string truncated = "ends inside a character: \xE2\x82";
+    std::string strict_result;
+    try {
+        to_ustring(truncated, strict);
+        strict_result = "accepted";
+    } catch (const CvtExceptionBase& e) {
+        strict_result = describe(e);
+    }
+    std::printf("\nA text that ends inside a character (E2 82, two bytes of three):\n"
+                "  strict  %s\n  lenient %s\n", strict_result.c_str(),
+                ustring_to_utf8(to_ustring(truncated, lenient)).c_str());
+    std::printf("\n'qxi18n convert -f UTF-8 -t UTF-8 malformed.utf-8.txt' writes lines 1 and 2,\n"
+                "then reports \"malformed.utf-8.txt:3: invalid or unmappable character sequence\".\n");
+}
+
+}  // namespace
+
+const section sections[] = {
+    {"Round trips through ustring", show_round_trips},
+    {"One text, two encodings", show_same_text},
+    {"Byte order marks", show_byte_order_mark},
+    {"Characters that Latin-1 cannot hold", show_error_modes},
+    {"Malformed input", show_malformed_input},
+};
+const std::size_t section_count = sizeof sections / sizeof sections[0];
+
+}  // namespace qxi18n_tool::demo
