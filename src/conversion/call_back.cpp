@@ -14,7 +14,7 @@ namespace {
 constexpr std::uint32_t escape_bits = 0x7F00;
 constexpr std::size_t substitution_limit = 128;
 
-// The escape letter ICU's escape call-back understands; null selects its own %UXXXX form.
+// The escape letter ICU's escape call-back understands; null selects its own %Uhhhh form.
 const void* escape_context(std::uint32_t mode)
 {
     switch (mode) {

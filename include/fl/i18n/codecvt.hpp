@@ -21,13 +21,13 @@ enum codecvt_call_back_mode : std::uint32_t {
     cvt_call_back_stop = 1,               ///< fail with CvtInvalidCharacter
     cvt_call_back_substitute = 0x10,      ///< from UTF-16 only: the caller's substitution bytes
     cvt_call_back_not_implemented = 0x20, ///< accepted by neither direction
-    cvt_call_back_escape_icu = 0x100,     ///< %UXXXX
-    cvt_call_back_escape_java = 0x200,    ///< \uXXXX
-    cvt_call_back_escape_c = 0x400,       ///< \uXXXX and \UXXXXXXXX
+    cvt_call_back_escape_icu = 0x100,     ///< %Uhhhh
+    cvt_call_back_escape_java = 0x200,    ///< \uhhhh
+    cvt_call_back_escape_c = 0x400,       ///< \uhhhh and \Uhhhhhhhh
     cvt_call_back_escape_xml_dec = 0x800, ///< &#DDDD;
-    cvt_call_back_escape_xml_hex = 0x1000,///< &#xXXXX;
-    cvt_call_back_escape_unicode = 0x2000,///< {U+XXXX}
-    cvt_call_back_escape_css2 = 0x4000,   ///< \XXXX
+    cvt_call_back_escape_xml_hex = 0x1000,///< &#xhhhh;
+    cvt_call_back_escape_unicode = 0x2000,///< {U+hhhh}
+    cvt_call_back_escape_css2 = 0x4000,   ///< \hhhh
 };
 
 /// Any encoding ICU can open, to UTF-16. Text of any length: ICU is fed in chunks below 2^31.
