@@ -46,7 +46,7 @@ run: build
 	$(BUILD_DIR)/bin/qxi18n demo
 
 bench: deps
-	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DQXI18N_BUILD_BENCH=ON -DQXI18N_BUILD_TESTS=OFF
+	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DQXI18N_BUILD_BENCH=ON -DQXI18N_BUILD_TESTS=OFF -DQXI18N_BUILD_TOOLS=OFF
 	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench
 	$(BENCH_DIR)/bin/qxi18n_bench
 
