@@ -1,6 +1,8 @@
 // Shared pieces of the qxi18n tool: exit statuses, one-line diagnostics, argument walking.
 #pragma once
 
+#include <fl/i18n/codecvt.hpp>
+
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -18,6 +20,23 @@ enum exit_status : int {
 /// Flushes standard output first, so nothing already produced is lost or reordered, then
 /// writes "qxi18n: MESSAGE" as one line on standard error.
 void report(const std::string& message);
+
+/// The names of the --on-error modes and the call-back mode each selects on the output side.
+struct error_mode {
+    const char* name;
+    fl::i18n::codecvt_call_back_mode mode;
+};
+inline constexpr error_mode error_modes[] = {
+    {"stop", fl::i18n::cvt_call_back_stop},
+    {"substitute", fl::i18n::cvt_call_back_default},
+    {"escape-icu", fl::i18n::cvt_call_back_escape_icu},
+    {"escape-java", fl::i18n::cvt_call_back_escape_java},
+    {"escape-c", fl::i18n::cvt_call_back_escape_c},
+    {"escape-xml-dec", fl::i18n::cvt_call_back_escape_xml_dec},
+    {"escape-xml-hex", fl::i18n::cvt_call_back_escape_xml_hex},
+    {"escape-unicode", fl::i18n::cvt_call_back_escape_unicode},
+    {"escape-css2", fl::i18n::cvt_call_back_escape_css2},
+};
 
 /// A bad command line of `command`; main reports it in one line and exits with status 2.
 class usage_error : public std::runtime_error {

@@ -17,23 +17,6 @@ namespace {
 
 using namespace fl::i18n;
 
-struct error_mode {
-    const char* name;
-    codecvt_call_back_mode mode;
-};
-
-const error_mode error_modes[] = {
-    {"stop", cvt_call_back_stop},
-    {"substitute", cvt_call_back_default},
-    {"escape-icu", cvt_call_back_escape_icu},
-    {"escape-java", cvt_call_back_escape_java},
-    {"escape-c", cvt_call_back_escape_c},
-    {"escape-xml-dec", cvt_call_back_escape_xml_dec},
-    {"escape-xml-hex", cvt_call_back_escape_xml_hex},
-    {"escape-unicode", cvt_call_back_escape_unicode},
-    {"escape-css2", cvt_call_back_escape_css2},
-};
-
 constexpr std::size_t max_piece_size = std::size_t{1} << 30;
 
 void print_help()

@@ -1,4 +1,5 @@
 // The sections of `qxi18n demo`; a new section is a function here and a row in `sections`.
+#include "cli.hpp"
 #include "demo.hpp"
 
 #include <fl/i18n/codecvt.hpp>
@@ -81,22 +82,8 @@ void show_error_modes(const context& ctx)
                                     codecvt_string_to_ustring("UTF-8", false));
     std::printf("beyond-latin1.utf-8.txt written as ISO-8859-1 (Latin-1 shown as UTF-8 here):\n\n"
                 "  %-15s%s\n", "text", first_line(text).c_str());
-    const struct {
-        const char* name;
-        codecvt_call_back_mode mode;
-    } modes[] = {
-        {"stop", cvt_call_back_stop},
-        {"substitute", cvt_call_back_default},
-        {"escape-icu", cvt_call_back_escape_icu},
-        {"escape-java", cvt_call_back_escape_java},
-        {"escape-c", cvt_call_back_escape_c},
-        {"escape-xml-dec", cvt_call_back_escape_xml_dec},
-        {"escape-xml-hex", cvt_call_back_escape_xml_hex},
-        {"escape-unicode", cvt_call_back_escape_unicode},
-        {"escape-css2", cvt_call_back_escape_css2},
-    };
     const ustring line = text.substr(0, text.find(u'\n'));
-    for (const auto& m : modes) {
+    for (const auto& m : error_modes) {
         std::string shown;
         try {
             shown = show_latin1(to_string(line, codecvt_ustring_to_string(m.mode, "ISO-8859-1", "")));
