@@ -1,7 +1,8 @@
 // Helpers shared by the conversion tests: raw-ICU reference conversions, seeded random text,
-// readable comparison of long strings, and a read-only region of zero pages.
+// readable comparison of long strings, guarded buffers and a read-only region of zero pages.
 #pragma once
 
+#include <fl/i18n/conversion_error.hpp>
 #include <fl/i18n/ustring.hpp>
 
 #include <gtest/gtest.h>
@@ -10,10 +11,10 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -24,80 +25,96 @@ namespace qx_test {
 struct ucnv_closer {
     void operator()(UConverter* c) const noexcept { ucnv_close(c); }
 };
-using icu_converter = std::unique_ptr<UConverter, ucnv_closer>;
 
-inline icu_converter open_icu(const char* encoding)
-{
-    UErrorCode ec = U_ZERO_ERROR;
-    icu_converter cnv(ucnv_open(encoding, &ec));
-    if (U_FAILURE(ec)) {
-        ADD_FAILURE() << "ICU cannot open " << encoding << ": " << u_errorName(ec);
-        cnv.reset();
-    }
-    return cnv;
-}
-
-// ICU's preflight-then-fill protocol; `op(dest, capacity, ec)` returns the length needed.
+// ICU's preflight-then-fill protocol; `op(dest, capacity, &needed, &ec)` sets the length needed.
 template <class Char, class Op>
 std::basic_string<Char> icu_preflighted(Op op)
 {
     UErrorCode ec = U_ZERO_ERROR;
-    const int32_t need = op(nullptr, 0, ec);
-    if (ec != U_BUFFER_OVERFLOW_ERROR && U_FAILURE(ec)) {
-        ADD_FAILURE() << "ICU preflight failed: " << u_errorName(ec);
-        return {};
-    }
-    std::basic_string<Char> out(static_cast<std::size_t>(need), Char());
+    int32_t need = 0;
+    op(nullptr, 0, &need, &ec);
+    std::basic_string<Char> out(static_cast<std::size_t>(std::max(need, 0)), Char());
     ec = U_ZERO_ERROR;
-    op(out.data(), need, ec);
-    if (U_FAILURE(ec)) ADD_FAILURE() << "ICU conversion failed: " << u_errorName(ec);
+    op(out.data(), need, &need, &ec);
+    if (U_FAILURE(ec)) ADD_FAILURE() << "ICU conversion: " << u_errorName(ec);
     return out;
 }
 
+// Raw ICU, the obviously-correct path each conversion is compared with; the converters are
+// fresh, with ICU's default call-backs.
 inline ustring icu_utf8_to_utf16(const std::string& s)
 {
-    return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, UErrorCode& ec) {
-        int32_t n = 0;
-        u_strFromUTF8WithSub(d, cap, &n, s.data(), static_cast<int32_t>(s.size()), 0xFFFD, nullptr, &ec);
-        return n;
-    });
+    return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
+        u_strFromUTF8WithSub(d, cap, n, s.data(), int32_t(s.size()), 0xFFFD, nullptr, ec); });
 }
 
 inline std::string icu_utf16_to_utf8(const ustring& s)
 {
-    return icu_preflighted<char>([&](char* d, int32_t cap, UErrorCode& ec) {
-        int32_t n = 0;
-        u_strToUTF8WithSub(d, cap, &n, s.data(), static_cast<int32_t>(s.size()), 0xFFFD, nullptr, &ec);
-        return n;
-    });
+    return icu_preflighted<char>([&](char* d, int32_t cap, int32_t* n, UErrorCode* ec) {
+        u_strToUTF8WithSub(d, cap, n, s.data(), int32_t(s.size()), 0xFFFD, nullptr, ec); });
+}
+
+inline std::u32string icu_utf16_to_utf32(const ustring& s)
+{
+    return icu_preflighted<char32_t>([&](char32_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
+        u_strToUTF32WithSub(reinterpret_cast<UChar32*>(d), cap, n, s.data(), int32_t(s.size()), 0xFFFD, nullptr, ec); });
 }
 
 inline std::string icu_java_utf8(const ustring& s)
 {
-    return icu_preflighted<char>([&](char* d, int32_t cap, UErrorCode& ec) {
-        int32_t n = 0;
-        u_strToJavaModifiedUTF8(d, cap, &n, s.data(), static_cast<int32_t>(s.size()), &ec);
-        return n;
-    });
+    return icu_preflighted<char>([&](char* d, int32_t cap, int32_t* n, UErrorCode* ec) {
+        u_strToJavaModifiedUTF8(d, cap, n, s.data(), int32_t(s.size()), ec); });
 }
 
-// A fresh ICU converter with its default call-backs: the reference for the ICU-backed classes.
 inline ustring icu_to_uchars(const char* encoding, const std::string& s)
 {
-    icu_converter cnv = open_icu(encoding);
-    if (!cnv) return {};
-    return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, UErrorCode& ec) {
-        return ucnv_toUChars(cnv.get(), d, cap, s.data(), static_cast<int32_t>(s.size()), &ec);
-    });
+    UErrorCode open_ec = U_ZERO_ERROR;
+    const std::unique_ptr<UConverter, ucnv_closer> cnv(ucnv_open(encoding, &open_ec));
+    return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
+        *n = ucnv_toUChars(cnv.get(), d, cap, s.data(), int32_t(s.size()), ec); });
 }
 
 inline std::string icu_from_uchars(const char* encoding, const ustring& s)
 {
-    icu_converter cnv = open_icu(encoding);
-    if (!cnv) return {};
-    return icu_preflighted<char>([&](char* d, int32_t cap, UErrorCode& ec) {
-        return ucnv_fromUChars(cnv.get(), d, cap, s.data(), static_cast<int32_t>(s.size()), &ec);
-    });
+    UErrorCode open_ec = U_ZERO_ERROR;
+    const std::unique_ptr<UConverter, ucnv_closer> cnv(ucnv_open(encoding, &open_ec));
+    return icu_preflighted<char>([&](char* d, int32_t cap, int32_t* n, UErrorCode* ec) {
+        *n = ucnv_fromUChars(cnv.get(), d, cap, s.data(), int32_t(s.size()), ec); });
+}
+
+// The UTF-16 arithmetic of code points, without validation.
+inline ustring encode_code_points(const std::u32string& cps)
+{
+    ustring out;
+    for (char32_t c : cps) {
+        if (c > 0xFFFF) out.push_back(static_cast<char16_t>((c >> 10) + 0xD7C0));
+        out.push_back(static_cast<char16_t>(c > 0xFFFF ? (c & 0x3FF) | 0xDC00 : c));
+    }
+    return out;
+}
+
+template <class Char>
+std::basic_string<Char> rep(const std::basic_string<Char>& piece, std::size_t times)
+{
+    std::basic_string<Char> out;
+    for (std::size_t i = 0; i < times; ++i) out += piece;
+    return out;
+}
+
+template <class F>
+std::optional<fl::i18n::codecvt_excp_id> thrown_id(F&& f)
+{
+    try {
+        f();
+    } catch (const fl::i18n::CvtExceptionBase& e) {
+        return e.get_id();
+    }
+    return std::nullopt;
+}
+
+inline std::size_t random_size(std::mt19937& rng, std::size_t max)
+{
+    return std::uniform_int_distribution<std::size_t>(0, max)(rng);
 }
 
 // UTF-16 drawn from blocks that legacy encodings cover partly: ASCII, Latin-1, Cyrillic, kana,
@@ -105,22 +122,14 @@ inline std::string icu_from_uchars(const char* encoding, const ustring& s)
 inline ustring random_utf16(std::mt19937& rng, std::size_t length, bool lone_surrogates = true)
 {
     static const char32_t ranges[][2] = {
-        {0x20, 0x7E},       {0x00, 0x1F},       {0xA0, 0xFF},        {0x400, 0x45F},
-        {0x3040, 0x30FF},   {0x4E00, 0x9FFF},   {0x2000, 0x206F},    {0xFF01, 0xFF9F},
-        {0x1F600, 0x1F64F}, {0x20000, 0x2A6DF}, {0xD800, 0xDFFF},
+        {0x20, 0x7E},     {0x00, 0x1F},     {0xA0, 0xFF},       {0x400, 0x45F},     {0x3040, 0x30FF}, {0x4E00, 0x9FFF},
+        {0x2000, 0x206F}, {0xFF01, 0xFF9F}, {0x1F600, 0x1F64F}, {0x20000, 0x2A6DF}, {0xD800, 0xDFFF},
     };
-    const std::size_t pools = lone_surrogates ? std::size(ranges) : std::size(ranges) - 1;
-    std::uniform_int_distribution<std::size_t> pick(0, pools - 1);
     ustring out;
     while (out.size() < length) {
-        const auto& r = ranges[pick(rng)];
+        const auto& r = ranges[random_size(rng, std::size(ranges) - (lone_surrogates ? 1 : 2))];
         const char32_t c = std::uniform_int_distribution<std::uint32_t>(r[0], r[1])(rng);
-        if (c > 0xFFFF && out.size() + 2 <= length) {
-            out.push_back(static_cast<char16_t>((c >> 10) + 0xD7C0));
-            out.push_back(static_cast<char16_t>((c & 0x3FF) | 0xDC00));
-        } else if (c <= 0xFFFF) {
-            out.push_back(static_cast<char16_t>(c));
-        }
+        if (c <= 0xFFFF || out.size() + 2 <= length) out += encode_code_points(std::u32string(1, c));
     }
     return out;
 }
@@ -133,12 +142,11 @@ inline std::string random_utf8_soup(std::mt19937& rng, std::size_t length)
         "\xFF", "\xFE", "\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80",
         "\xED\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xE3\x81", "\xF0\x9F\x98", "\xC3",
     };
-    std::uniform_int_distribution<int> kind(0, 3);
     std::string out;
     while (out.size() < length) {
-        switch (kind(rng)) {
-        case 0: out += broken[std::uniform_int_distribution<std::size_t>(0, std::size(broken) - 1)(rng)]; break;
-        case 1: out.push_back(static_cast<char>(std::uniform_int_distribution<int>(0, 255)(rng))); break;
+        switch (random_size(rng, 3)) {
+        case 0: out += broken[random_size(rng, std::size(broken) - 1)]; break;
+        case 1: out.push_back(static_cast<char>(random_size(rng, 255))); break;
         default: out += icu_utf16_to_utf8(random_utf16(rng, 1, false)); break;
         }
     }
@@ -151,10 +159,23 @@ inline std::string random_utf8_soup(std::mt19937& rng, std::size_t length)
 inline std::string random_encoded(std::mt19937& rng, const char* encoding, std::size_t units)
 {
     std::string bytes = icu_from_uchars(encoding, random_utf16(rng, units));
-    std::uniform_int_distribution<int> byte(0, 255);
     for (std::size_t i = 0; i < bytes.size() / 64; ++i)
-        bytes[std::uniform_int_distribution<std::size_t>(0, bytes.size() - 1)(rng)] = static_cast<char>(byte(rng));
+        bytes[random_size(rng, bytes.size() - 1)] = static_cast<char>(random_size(rng, 255));
     return bytes;
+}
+
+// Seeds of the random reference checks; every loop traces its seed.
+inline std::vector<std::uint32_t> test_seeds(std::uint32_t count)
+{
+    std::vector<std::uint32_t> seeds;
+    for (std::uint32_t i = 0; i < count; ++i) seeds.push_back(0x9E3779B9u * (i + 1));
+    return seeds;
+}
+
+template <class Char>
+unsigned long unit_value(Char c)
+{
+    return static_cast<unsigned long>(static_cast<std::make_unsigned_t<Char>>(c));
 }
 
 // Compares two texts and names the first differing unit instead of printing megabytes.
@@ -162,13 +183,9 @@ template <class Char>
 ::testing::AssertionResult same_text(const std::basic_string<Char>& actual, const std::basic_string<Char>& expected)
 {
     if (actual == expected) return ::testing::AssertionSuccess();
-    const std::size_t common = std::min(actual.size(), expected.size());
-    const std::size_t at = static_cast<std::size_t>(
-        std::mismatch(actual.begin(), actual.begin() + static_cast<std::ptrdiff_t>(common), expected.begin()).first -
-        actual.begin());
-    auto unit = [](const std::basic_string<Char>& s, std::size_t i) {
-        return i < s.size() ? static_cast<unsigned long>(static_cast<std::make_unsigned_t<Char>>(s[i])) : ~0UL;
-    };
+    const auto at = static_cast<std::size_t>(
+        std::mismatch(actual.begin(), actual.end(), expected.begin(), expected.end()).first - actual.begin());
+    auto unit = [](const std::basic_string<Char>& s, std::size_t i) { return i < s.size() ? unit_value(s[i]) : ~0UL; };
     return ::testing::AssertionFailure() << "actual has " << actual.size() << " units, expected " << expected.size()
                                          << "; first difference at unit " << at << ": actual 0x" << std::hex
                                          << unit(actual, at) << ", expected 0x" << unit(expected, at);
@@ -180,29 +197,38 @@ constexpr Char guard_unit()
     return static_cast<Char>(0xA5A5A5A5u);
 }
 
+// Converts into a buffer of `capacity` plus guard units and checks that nothing lands past the
+// capacity or past the `output` units of the whole result (no terminator). Returns the buffer.
+template <class To, class Cvt, class From>
+std::basic_string<To> through_buffer(const Cvt& cvt, unsigned long capacity, const std::basic_string<From>& source,
+                                     unsigned long output, unsigned long& returned)
+{
+    std::vector<To> buffer(capacity + 4, guard_unit<To>());
+    returned = cvt.convert(buffer.data(), capacity, source.data(), source.size());
+    const auto written = std::find_if(buffer.begin() + static_cast<std::ptrdiff_t>(std::min(capacity, output)),
+                                      buffer.end(), [](To u) { return u != guard_unit<To>(); });
+    EXPECT_TRUE(written == buffer.end()) << "unit " << (written - buffer.begin()) << " written at capacity "
+                                         << capacity << " of an output of " << output;
+    return std::basic_string<To>(buffer.data(), capacity);
+}
+
 // Checks the size query, the string form and the buffer form at capacity 0, one short, exact and
-// roomy: the buffer form always returns the full size, never writes past its capacity and adds
-// no terminator.
+// roomy: the buffer form always returns the full size.
 template <class Converter, class From, class To>
 void expect_all_forms(const Converter& cvt, const std::basic_string<From>& source, const std::basic_string<To>& expected)
 {
-    const unsigned long n = source.size();
     const unsigned long need = expected.size();
-    EXPECT_EQ(cvt.get_destination_size(source.data(), n), need);
-    EXPECT_TRUE(same_text(cvt.convert(source.data(), n), expected));
+    EXPECT_EQ(cvt.get_destination_size(source.data(), source.size()), need);
+    EXPECT_TRUE(same_text(cvt.convert(source.data(), source.size()), expected));
     std::vector<unsigned long> capacities{0, need, need + 3};
     if (need > 1) capacities.push_back(need - 1);
     for (unsigned long cap : capacities) {
         SCOPED_TRACE("capacity " + std::to_string(cap));
-        std::vector<To> buffer(cap + 4, guard_unit<To>());
-        EXPECT_EQ(cvt.convert(buffer.data(), cap, source.data(), n), need);
-        const auto written = std::find_if(buffer.begin() + static_cast<std::ptrdiff_t>(std::min(cap, need)),
-                                          buffer.end(), [](To u) { return u != guard_unit<To>(); });
-        EXPECT_TRUE(written == buffer.end())
-            << "unit " << (written - buffer.begin()) << " of an output of " << need << " was written (0x" << std::hex
-            << static_cast<unsigned long>(static_cast<std::make_unsigned_t<To>>(*written)) << ")";
+        unsigned long returned = 0;
+        const std::basic_string<To> written = through_buffer<To>(cvt, cap, source, need, returned);
+        EXPECT_EQ(returned, need);
         if (cap >= need) {
-            EXPECT_TRUE(same_text(std::basic_string<To>(buffer.data(), need), expected));
+            EXPECT_TRUE(same_text(written.substr(0, need), expected));
         }
     }
 }
@@ -211,36 +237,18 @@ void expect_all_forms(const Converter& cvt, const std::basic_string<From>& sourc
 // gigabytes of zero input cost address space only.
 class zero_region {
 public:
-    explicit zero_region(std::size_t bytes) : size_(bytes)
-    {
-        void* p = mmap(nullptr, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        data_ = p == MAP_FAILED ? nullptr : p;
-    }
-    ~zero_region()
-    {
-        if (data_) munmap(data_, size_);
-    }
+    explicit zero_region(std::size_t bytes)
+        : size_(bytes), data_(mmap(nullptr, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
+    ~zero_region() { if (data_ != MAP_FAILED) munmap(data_, size_); }
     zero_region(const zero_region&) = delete;
     zero_region& operator=(const zero_region&) = delete;
-
     template <class T>
-    const T* as() const
-    {
-        return static_cast<const T*>(data_);
-    }
-    explicit operator bool() const { return data_ != nullptr; }
+    const T* as() const { return static_cast<const T*>(data_); }
+    explicit operator bool() const { return data_ != MAP_FAILED; }
 
 private:
     std::size_t size_;
     void* data_;
 };
-
-// Seeds of the random reference checks; a failure names its seed.
-inline std::vector<std::uint32_t> test_seeds(std::uint32_t count)
-{
-    std::vector<std::uint32_t> seeds;
-    for (std::uint32_t i = 0; i < count; ++i) seeds.push_back(0x9E3779B9u * (i + 1));
-    return seeds;
-}
 
 }  // namespace qx_test
