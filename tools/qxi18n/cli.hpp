@@ -64,6 +64,15 @@ public:
     arguments(int argc, char** argv, std::string command);
 
     bool empty() const { return position_ == args_.size(); }
+    /// Consumes any "--" and tells whether arguments remain: the loop condition of every command.
+    bool more()
+    {
+        while (end_of_options()) {
+        }
+        return !empty();
+    }
+    /// Consumes the next argument if it asks for help ("-h" or "--help").
+    bool help() { return flag("-h", "--help"); }
     /// Consumes a "--"; true if there was one.
     bool end_of_options();
     /// Consumes the next argument if it is this flag.

@@ -98,10 +98,8 @@ int run_convert(int argc, char** argv)
     bool have_to = false;
     std::string value;
     std::vector<std::string> files;
-    while (!args.empty()) {
-        if (args.end_of_options())
-            continue;
-        if (args.flag("-h", "--help")) {
+    while (args.more()) {
+        if (args.help()) {
             print_help();
             return exit_ok;
         }

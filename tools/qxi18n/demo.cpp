@@ -94,10 +94,8 @@ int run_demo(int argc, char** argv)
 {
     arguments args(argc, argv, "demo");
     demo::context ctx;
-    while (!args.empty()) {
-        if (args.end_of_options())
-            continue;
-        if (args.flag("-h", "--help")) {
+    while (args.more()) {
+        if (args.help()) {
             print_help();
             return exit_ok;
         }

@@ -26,10 +26,8 @@ void print_help()
 int run_list_encodings(int argc, char** argv)
 {
     arguments args(argc, argv, "list-encodings");
-    while (!args.empty()) {
-        if (args.end_of_options())
-            continue;
-        if (args.flag("-h", "--help")) {
+    while (args.more()) {
+        if (args.help()) {
             print_help();
             return exit_ok;
         }
