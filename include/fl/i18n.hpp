@@ -6,4 +6,7 @@
 #include <fl/i18n/conversion_error.hpp>
 #include <fl/i18n/converter.hpp>
 #include <fl/i18n/export.hpp>
+#include <fl/i18n/locale.hpp>
+#include <fl/i18n/locale_error.hpp>
+#include <fl/i18n/locale_name.hpp>
 #include <fl/i18n/ustring.hpp>

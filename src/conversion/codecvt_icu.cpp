@@ -3,16 +3,16 @@
 #include "converter_state.hpp"
 
 #include <fl/i18n/codecvt.hpp>
+#include <fl/i18n/locale.hpp>
 
 namespace fl::i18n {
 
 namespace {
 
-// An empty name means the encoding of the global locale; until the locale subsystem stands
-// that encoding is UTF-8.
+// An empty name means the encoding of the global locale at construction; an alias is left to ICU.
 std::string resolve_encoding(const std::string& encoding)
 {
-    return encoding.empty() ? std::string("UTF-8") : encoding;
+    return encoding.empty() ? QxLocale::global().getEncoding() : encoding;
 }
 
 detail::converter_state& require_state(const std::unique_ptr<detail::converter_state>& state)

@@ -93,6 +93,7 @@ private:
 
 int run_convert(int argc, char** argv);
 int run_list_encodings(int argc, char** argv);
+int run_locale(int argc, char** argv);
 int run_demo(int argc, char** argv);
 
 }  // namespace qxi18n_tool

@@ -5,6 +5,7 @@
 #include <fl/i18n/codecvt.hpp>
 #include <fl/i18n/conversion.hpp>
 #include <fl/i18n/conversion_error.hpp>
+#include <fl/i18n/locale.hpp>
 
 #include <cstdio>
 
@@ -133,6 +134,33 @@ void show_malformed_input(const context& ctx)
                 "then reports \"malformed.utf-8.txt:3: invalid or unmappable character sequence\".\n");
 }
 
+void show_locales(const context&)
+{
+    std::printf("QxLocale::createLocale canonicalises a name through the compiled-in tables; the\n"
+                "encoding comes from the codeset when there is one, else from the table, and\n"
+                "get_fallback_locales cuts the messages category at each \"_\".\n\n");
+    std::printf("  %-18s %-12s %-11s %-11s %s\n", "name", "canonical", "encoding", "default",
+                "fallback chain");
+    for (const char* name : {"de_DE.UTF-8@euro", "C", "zh_HK", "ja_JP.eucjp", "sr-Latn_BA", "xx_YY"}) {
+        try {
+            const auto locale = QxLocale::createLocale(name);
+            std::string chain;
+            for (const ustring& step : get_fallback_locales(*locale))
+                chain.append(chain.empty() ? "" : " -> ").append(ustring_to_utf8(step));
+            std::printf("  %-18s %-12s %-11s %-11s %s\n", name,
+                        locale->getName(QxLocale::lc_ctype).c_str(), locale->getEncoding().c_str(),
+                        locale->getDefaultEncoding().c_str(), chain.c_str());
+        } catch (const QxLcMgmtExceptionBase& e) {
+            // The identifier is "fl:i18n:" and the class name.
+            const std::string& id = e.getIdentifier();
+            std::printf("  %-18s throws %s (\"%s\", detail \"%s\")\n", name,
+                        id.substr(id.rfind(':') + 1).c_str(), e.what(), e.getDetail().c_str());
+        }
+    }
+    std::printf("\n\"C\" is en_US_POSIX in every category but messages, which is en_US: the\n"
+                "chain starts there. 'qxi18n locale NAME' shows every category of a name.\n");
+}
+
 }  // namespace
 
 const section sections[] = {
@@ -141,6 +169,7 @@ const section sections[] = {
     {"Byte order marks", show_byte_order_mark},
     {"Characters that Latin-1 cannot hold", show_error_modes},
     {"Malformed input", show_malformed_input},
+    {"Locales", show_locales},
 };
 const std::size_t section_count = sizeof sections / sizeof sections[0];
 

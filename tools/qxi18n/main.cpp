@@ -21,6 +21,7 @@ struct command {
 const command commands[] = {
     {"convert", "convert text from one encoding to another", run_convert},
     {"list-encodings", "list the encodings ICU can open, with their aliases", run_list_encodings},
+    {"locale", "what the library makes of locale names", run_locale},
     {"demo", "a short tour of the library on the bundled sample texts", run_demo},
 };
 

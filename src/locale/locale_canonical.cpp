@@ -1,0 +1,132 @@
+// Canonicalisation of locale names: choosing a language row and writing it back as a name.
+#include "locale_name.hpp"
+
+#include <cstring>
+
+namespace fl::i18n::detail {
+namespace {
+
+std::string ascii_case(std::string_view text, bool upper)
+{
+    std::string out(text);
+    for (char& c : out) {
+        if (upper && c >= 'a' && c <= 'z')
+            c = static_cast<char>(c - 'a' + 'A');
+        else if (!upper && c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    return out;
+}
+
+char lower(char c) noexcept { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Where `needle` (already lower case) stands in `text` compared in lower case, or npos.
+std::size_t find_lower(std::string_view text, std::string_view needle) noexcept
+{
+    for (std::size_t at = 0; at + needle.size() <= text.size(); ++at) {
+        std::size_t i = 0;
+        while (i < needle.size() && lower(text[at + i]) == needle[i])
+            ++i;
+        if (i == needle.size())
+            return at;
+    }
+    return std::string_view::npos;
+}
+
+bool single_territory(const locale_registry& registry, const language_row& row)
+{
+    const char* text = registry.territory_text(row.territory);
+    return text != nullptr && std::strlen(text) < 4;
+}
+
+// Keeps language and encoding; the script and territory only where the name asked for them
+// and the row has them, taken from the row's text at the place where they matched.
+language_row narrow_row(const locale_registry& registry, const language_row& row, const std::string& q_script,
+                        const std::string& q_territory)
+{
+    language_row out = row;
+    out.script = no_index;
+    if (!q_script.empty()) {
+        if (const char* scripts = registry.script_text(row.script)) {
+            const auto at = find_lower(scripts, q_script);
+            if (at != std::string_view::npos)
+                out.script = registry.script_index_of(std::string_view(scripts + at, 4));
+        }
+    }
+    out.territory = no_index;
+    if (const char* territories = registry.territory_text(row.territory); territories && !q_territory.empty()) {
+        if (const char* at = std::strstr(territories, q_territory.c_str()))
+            out.territory = registry.territory_index_of(std::string_view(at, q_territory.size()));
+    }
+    return out;
+}
+
+}  // namespace
+
+language_row resolve_language_row(const locale_registry& registry, const parsed_locale_name& parsed)
+{
+    const std::string q_script = ascii_case(parsed.script, false);
+    const std::string q_territory = ascii_case(parsed.territory.empty() ? parsed.language : parsed.territory, true);
+    const language_row_range rows = registry.rows_of(parsed.language);
+
+    if (parsed.script.empty() && parsed.territory.empty() && rows.count == 1 &&
+        single_territory(registry, *rows.first)) {
+        language_row only = *rows.first;
+        only.script = no_index;
+        return only;
+    }
+
+    const language_row* default_row = nullptr;
+    const language_row* last_row = nullptr;
+    std::size_t candidates = 0;
+    for (const language_row& row : rows) {
+        bool script_hit = false;
+        if (!q_script.empty()) {
+            const char* scripts = registry.script_text(row.script);
+            if (scripts == nullptr || find_lower(scripts, q_script) == std::string_view::npos)
+                continue;
+            script_hit = true;
+        }
+        if (const char* territories = registry.territory_text(row.territory); territories && !q_territory.empty()) {
+            if (std::strstr(territories, q_territory.c_str()) == nullptr)
+                continue;
+            if (script_hit)
+                return narrow_row(registry, row, q_script, q_territory);
+        }
+        if (row.is_default == 1)
+            default_row = &row;
+        ++candidates;
+        last_row = &row;
+    }
+
+    const language_row* chosen = default_row ? default_row : (candidates == 1 ? last_row : nullptr);
+    if (chosen == nullptr)
+        return empty_language_row;
+    return narrow_row(registry, *chosen, q_script, q_territory);
+}
+
+std::string compose_row_name(const locale_registry& registry, const language_row& row)
+{
+    parsed_locale_name parts;
+    if (const char* language = registry.language_text(row.language))
+        parts.language = language;
+    if (const char* script = registry.script_text(row.script))
+        parts.script = script;
+    if (const char* territory = registry.territory_text(row.territory))
+        parts.territory = territory;
+    return parts.language.empty() ? std::string() : compose_base(parts);
+}
+
+std::string canonical_locale_name(const locale_registry& registry, std::string_view name)
+{
+    if (name.empty())
+        return {};
+    if (const char* target = registry.find_locale_alias(name))
+        return target;
+    const parsed_locale_name parsed = parse_locale_name(name);
+    if (!parsed.valid())
+        return {};
+    return compose_row_name(registry, resolve_language_row(registry, parsed));
+}
+
+}  // namespace fl::i18n::detail

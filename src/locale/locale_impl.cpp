@@ -1,0 +1,223 @@
+// Construction, comparison and queries of the locale object.
+#include "locale_impl.hpp"
+
+#include "locale_name.hpp"
+
+#include "common/throw_exception.hpp"
+#include "conversion/converter_state.hpp"
+
+#include <unicode/ulocdata.h>
+
+namespace fl::i18n {
+namespace {
+
+constexpr const char* posix_name = "en_US_POSIX";
+
+// The name under which the messages of the POSIX locale are looked up.
+const std::string& slot_name_for(QxLocale::LcCategory category, const std::string& name)
+{
+    static const std::string en_us = "en_US";
+    return category == QxLocale::lc_messages && name == posix_name ? en_us : name;
+}
+
+std::string canonical_or_throw(const detail::locale_registry& registry, const std::string& name)
+{
+    if (name.empty())
+        detail::throw_invalid_argument();
+    const std::string base(detail::strip_name(name));
+    std::string canonical = detail::canonical_locale_name(registry, base);
+    if (canonical.empty())
+        detail::throw_invalid_name(base);
+    return canonical;
+}
+
+// ICU's MIME name, else its IANA name, else its WINDOWS name, else its own name.
+std::string icu_standard_name(const std::string& codeset)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const detail::converter_ptr converter(ucnv_open(codeset.c_str(), &status));
+    if (U_FAILURE(status) || !converter)
+        return {};
+    status = U_ZERO_ERROR;
+    const char* icu_name = ucnv_getName(converter.get(), &status);
+    if (U_FAILURE(status) || icu_name == nullptr || *icu_name == '\0')
+        return {};
+    for (const char* standard : {"MIME", "IANA", "WINDOWS"}) {
+        status = U_ZERO_ERROR;
+        const char* name = ucnv_getStandardName(icu_name, standard, &status);
+        if (U_SUCCESS(status) && name != nullptr)
+            return name;
+    }
+    return icu_name;
+}
+
+// ICU's data for a locale id, retried with the POSIX locale on an error; 0 when both fail.
+template <class Query>
+int query_with_retry(const std::string& locale, Query query)
+{
+    for (const std::string& id : {locale, std::string(posix_name)}) {
+        UErrorCode status = U_ZERO_ERROR;
+        const int value = query(id.c_str(), &status);
+        if (U_SUCCESS(status))
+            return value;
+    }
+    return 0;
+}
+
+}  // namespace
+
+namespace detail {
+
+std::string resolve_codeset(const locale_registry& registry, const std::string& codeset)
+{
+    const std::string icu_name = icu_standard_name(codeset);
+    const char* standard = icu_name.empty() ? nullptr : registry.find_standard_encoding(icu_name);
+    if (standard == nullptr)
+        throw_invalid_name(codeset);
+    return standard;
+}
+
+}  // namespace detail
+
+QxLocale::~QxLocale() = default;
+
+QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry) noexcept : registry_(&registry) {}
+
+QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const std::string& name)
+    : registry_(&registry)
+{
+    const std::string canonical = canonical_or_throw(registry, name);
+    const detail::parsed_locale_name parsed = detail::parse_locale_name(name);
+    const std::string modifiers = detail::compose_modifiers(parsed);
+    // The canonical name is checked once; all six slots take the same name.
+    set_category(canonical, modifiers, lc_ctype);
+    for (int c = lc_collate; c <= lc_messages; ++c)
+        store(static_cast<LcCategory>(c), canonical, modifiers);
+
+    if (parsed.codeset.empty()) {
+        const char* encoding = canonical == posix_name ? "UTF-8" : registry.default_encoding_of(canonical);
+        encoding_ = encoding ? encoding : "UTF-8";
+    } else {
+        encoding_ = detail::resolve_codeset(registry, parsed.codeset);
+    }
+}
+
+QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const QxLocale& base) : registry_(&registry)
+{
+    if (const auto* impl = dynamic_cast<const QxLocaleImpl*>(&base)) {
+        categories_ = impl->categories_;
+        encoding_ = impl->encoding_;
+        terminal_encoding_ = impl->terminal_encoding_.empty() ? impl->encoding_ : impl->terminal_encoding_;
+        return;
+    }
+    for (int c = lc_ctype; c <= lc_messages; ++c) {
+        const auto category = static_cast<LcCategory>(c);
+        categories_[static_cast<std::size_t>(c)] = {base.getName(category), base.getModifiers(category)};
+    }
+    encoding_ = base.getEncoding();
+    terminal_encoding_ = std::get<std::string>(base.getLocaleData(QxLcOptDataCtx::termencoding));
+}
+
+void QxLocaleImpl::set_category(const std::string& name, const std::string& modifiers, LcCategory category)
+{
+    const std::string base(detail::strip_name(name));
+    if (detail::canonical_locale_name(*registry_, base).empty())
+        detail::throw_invalid_name(base);
+    store(category, name, modifiers);
+}
+
+void QxLocaleImpl::set_category_spec(LcCategory category, const std::string& spec)
+{
+    const std::string canonical = canonical_or_throw(*registry_, spec);
+    const detail::parsed_locale_name parsed = detail::parse_locale_name(spec);
+    if (!parsed.codeset.empty())
+        detail::resolve_codeset(*registry_, parsed.codeset);
+    set_category(canonical, detail::compose_modifiers(parsed), category);
+}
+
+void QxLocaleImpl::store(LcCategory category, const std::string& name, const std::string& modifiers)
+{
+    auto& target = categories_.at(static_cast<std::size_t>(category));
+    target.name = slot_name_for(category, name);
+    target.modifiers = modifiers;
+}
+
+const QxLocaleImpl::category_slot& QxLocaleImpl::slot(LcCategory category) const
+{
+    if (category < lc_ctype || category > lc_messages)
+        detail::throw_invalid_argument();
+    return categories_[static_cast<std::size_t>(category)];
+}
+
+bool QxLocaleImpl::operator==(const QxLocale& other) const
+{
+    for (int c = lc_ctype; c <= lc_messages; ++c) {
+        const auto category = static_cast<LcCategory>(c);
+        const auto& mine = categories_[static_cast<std::size_t>(c)];
+        if (mine.name != other.getName(category) || mine.modifiers != other.getModifiers(category))
+            return false;
+    }
+    return encoding_ == other.getEncoding();
+}
+
+bool QxLocaleImpl::operator!=(const QxLocale& other) const { return !(*this == other); }
+
+std::string QxLocaleImpl::getName(LcCategory category) const { return slot(category).name; }
+
+std::string QxLocaleImpl::getLanguage(LcCategory category, int form) const
+{
+    const auto parsed = detail::parse_locale_name(slot(category).name);
+    return form == 1 ? parsed.language : detail::compose_language(parsed);
+}
+
+std::string QxLocaleImpl::getTerritory(LcCategory category) const
+{
+    return detail::parse_locale_name(slot(category).name).territory;
+}
+
+std::string QxLocaleImpl::getModifiers(LcCategory category) const { return slot(category).modifiers; }
+
+std::string QxLocaleImpl::getExtras(LcCategory category) const
+{
+    return detail::compose_extras(detail::parse_locale_name(slot(category).name));
+}
+
+std::string QxLocaleImpl::getEncoding() const { return encoding_; }
+
+std::string QxLocaleImpl::getDefaultEncoding() const
+{
+    const char* encoding = registry_->default_encoding_of(categories_[lc_ctype].name);
+    return encoding ? encoding : std::string();
+}
+
+QxLocale::LocaleData QxLocaleImpl::getLocaleData(QxLcOptDataCtx::LcOptDataType type) const
+{
+    switch (type) {
+    case QxLcOptDataCtx::jvmencoding:
+        // An encoding outside the registry has no name to give; std::string refuses the null.
+        return std::string(registry_->find_jvm_encoding(encoding_));
+    case QxLcOptDataCtx::termencoding:
+    case QxLcOptDataCtx::terminputencoding:
+    case QxLcOptDataCtx::termoutputencoding:
+        return terminal_encoding_.empty() ? encoding_ : terminal_encoding_;
+    case QxLcOptDataCtx::papersize: {
+        const int a4 = query_with_retry(categories_[lc_time].name, [](const char* id, UErrorCode* status) {
+            int32_t height = 0;
+            int32_t width = 0;
+            ulocdata_getPaperSize(id, &height, &width, status);
+            return height == 297 && width == 210 ? 1 : 0;
+        });
+        return a4 == 1 ? paper_a4 : paper_other;
+    }
+    case QxLcOptDataCtx::unittype: {
+        const int system = query_with_retry(categories_[lc_time].name, [](const char* id, UErrorCode* status) {
+            const UMeasurementSystem measurement = ulocdata_getMeasurementSystem(id, status);
+            return measurement == UMS_SI ? 1 : measurement == UMS_UK ? 2 : 0;
+        });
+        return static_cast<UnitType>(system);
+    }
+    }
+    detail::throw_invalid_argument();
+}
+
+}  // namespace fl::i18n

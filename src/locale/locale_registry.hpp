@@ -1,0 +1,113 @@
+// The locale registry: languages, scripts, territories, encodings and aliases, filled from the
+// compiled-in tables and later extended by the locale database.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace fl::i18n::detail {
+
+inline constexpr std::uint16_t no_index = 65535;
+
+/// ASCII letters lower-cased; the key of languages, scripts, territories and encodings.
+std::string lower_key(std::string_view text);
+/// ASCII letters lower-cased and "_" made "-"; the key of locale names.
+std::string tag_key(std::string_view text);
+
+/// One language with one script (or group) and the territories (or group) where it is used.
+struct language_row {
+    std::uint16_t language = no_index;
+    std::uint16_t script = no_index;     // a group entry holds several codes separated by blanks
+    std::uint16_t territory = no_index;  // likewise
+    std::uint16_t encoding = no_index;
+    std::uint8_t is_default = 255;
+};
+
+/// What a lookup that found nothing yields.
+inline constexpr language_row empty_language_row{};
+
+struct encoding_entry_context {
+    const char* name = nullptr;
+    const char* jvm_name = nullptr;
+};
+
+/// The rows of one language, in table order.
+struct language_row_range {
+    const language_row* first = nullptr;
+    std::size_t count = 0;
+    const language_row* begin() const noexcept { return first; }
+    const language_row* end() const noexcept { return first + count; }
+};
+
+class locale_registry {
+public:
+    /// Fills every map from the compiled-in tables; throws std::logic_error on a broken table.
+    locale_registry();
+    locale_registry(const locale_registry&) = delete;
+    locale_registry& operator=(const locale_registry&) = delete;
+    ~locale_registry();
+
+    /// The standard name for any spelling the registry knows, or null.
+    const char* find_standard_encoding(std::string_view name) const;
+    /// The JVM name, else the standard name; null if the encoding is unknown.
+    const char* find_jvm_encoding(std::string_view name) const;
+    /// The standard name of an encoding-table id, or null.
+    const char* encoding_name_by_id(std::uint16_t id) const noexcept;
+    /// The default encoding of a locale name; null for an empty name.
+    const char* default_encoding_of(std::string_view locale_name) const;
+    /// The value stored under "locale:option", or empty.
+    std::string get_option(std::string_view locale, std::string_view option) const;
+
+    /// The canonical target of an alias (matched as a tag key), or null.
+    const char* find_locale_alias(std::string_view name) const;
+    /// The rows of a language code (matched as a lower key); empty for an unknown language.
+    language_row_range rows_of(std::string_view language) const;
+    std::uint16_t script_index_of(std::string_view script) const;
+    std::uint16_t territory_index_of(std::string_view territory) const;
+    /// Table texts by index; null for no_index or an index out of range.
+    const char* language_text(std::uint16_t index) const noexcept;
+    const char* script_text(std::uint16_t index) const noexcept;
+    const char* territory_text(std::uint16_t index) const noexcept;
+
+    /// Keeps a copy of `text` for the registry's life and returns its one stored representation.
+    const char* intern(std::string_view text);
+
+    /// Sizes of the maps, for diagnostics and table checks.
+    std::size_t language_count() const noexcept { return language_rows_.size(); }
+    std::size_t encoding_name_count() const noexcept { return encoding_by_name_.size(); }
+    std::size_t alias_count() const noexcept { return alias_to_locale_.size(); }
+
+private:
+    template <class V>
+    using string_map = std::unordered_map<std::string, V>;
+    using encoding_ptr = std::shared_ptr<encoding_entry_context>;
+
+    void fill_scripts();
+    void fill_territories();
+    void fill_language_rows();
+    void fill_encodings();
+    void fill_aliases();
+    void fill_default_encodings();
+
+    string_map<language_row_range> language_rows_;
+    string_map<std::uint16_t> script_index_;
+    string_map<std::uint16_t> territory_index_;
+    string_map<encoding_ptr> encoding_by_name_;
+    string_map<const char*> alias_to_locale_;
+    string_map<const char*> region_alias_to_locale_;
+    string_map<const char*> default_encoding_;
+    string_map<const char*> xpg_name_;
+    string_map<const char*> compat_encoding_;
+    string_map<const char*> lc_option_;
+
+    std::vector<language_row> rows_;
+    std::unordered_set<std::string> pool_;
+};
+
+}  // namespace fl::i18n::detail

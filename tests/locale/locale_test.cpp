@@ -1,0 +1,309 @@
+// The locale object: construction from names, categories, comparison, queries and exceptions.
+#include <fl/i18n/locale.hpp>
+
+#include <gtest/gtest.h>
+#include <unicode/ulocdata.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace {
+
+using fl::i18n::QxLcOptDataCtx;
+using fl::i18n::QxLocale;
+
+constexpr std::array<QxLocale::LcCategory, 6> all_categories = {
+    QxLocale::lc_ctype,   QxLocale::lc_collate,  QxLocale::lc_time,
+    QxLocale::lc_numeric, QxLocale::lc_monetary, QxLocale::lc_messages};
+
+std::string string_data(const QxLocale& locale, QxLcOptDataCtx::LcOptDataType type)
+{
+    return std::get<std::string>(locale.getLocaleData(type));
+}
+
+struct good_name {
+    const char* name;
+    const char* canonical;  // every category but messages
+    const char* messages;
+    const char* modifiers;
+    const char* encoding;
+    const char* jvm_encoding;
+};
+
+const good_name good_names[] = {
+    {"en_US_POSIX", "en_US_POSIX", "en_US", "", "UTF-8", "UTF-8"},
+    {"C", "en_US_POSIX", "en_US", "", "UTF-8", "UTF-8"},
+    {"POSIX", "en_US_POSIX", "en_US", "", "UTF-8", "UTF-8"},
+    // A name that is only an alias fails the full parse, so its codeset is not looked at.
+    {"posix.ISO-8859-1", "en_US_POSIX", "en_US", "", "UTF-8", "UTF-8"},
+    {"de_DE.UTF-8@euro", "de_DE", "de_DE", "euro", "UTF-8", "UTF-8"},
+    {"de_DE@euro", "de_DE", "de_DE", "euro", "ISO-8859-1", "ISO-8859-1"},
+    {"ja_JP.eucjp", "ja_JP", "ja_JP", "", "EUC-JP", "EUC-JP"},
+    {"ja_JP.SJIS", "ja_JP", "ja_JP", "", "Shift_JIS", "MS932"},
+    {"ja_JP", "ja_JP", "ja_JP", "", "EUC-JP", "EUC-JP"},
+    {"zh_CN", "zh_CN", "zh_CN", "", "GB2312", "GB2312"},
+    {"zh_HK", "zh_HK", "zh_HK", "", "Big5-HKSCS", "Big5-HKSCS"},
+    {"zh_TW", "zh_TW", "zh_TW", "", "Big5", "MS950"},
+    {"zh-Hans_CN", "zh_CN", "zh_CN", "", "GB2312", "GB2312"},
+    {"zh-Hant", "zh_TW", "zh_TW", "", "Big5", "MS950"},
+    {"EN_us", "en_US", "en_US", "", "ISO-8859-1", "ISO-8859-1"},
+    {"iw_IL.utf8", "he_IL", "he_IL", "", "UTF-8", "UTF-8"},
+    {"en_UK", "en_GB", "en_GB", "", "ISO-8859-1", "ISO-8859-1"},
+    {"de_AT.ISO8859-15@euro@x", "de_AT", "de_AT", "euro@x", "ISO-8859-15", "ISO-8859-15"},
+    {"ko_KR.euckr", "ko_KR", "ko_KR", "", "EUC-KR", "EUC-KR"},
+    {"ru_RU.cp1251", "ru_RU", "ru_RU", "", "windows-1251", "Cp1251"},
+};
+
+TEST(QxLocale, builds_every_category_from_a_name)
+{
+    for (const auto& c : good_names) {
+        SCOPED_TRACE(c.name);
+        const auto locale = QxLocale::createLocale(c.name);
+        for (auto category : all_categories) {
+            EXPECT_EQ(locale->getName(category), category == QxLocale::lc_messages ? c.messages : c.canonical);
+            EXPECT_EQ(locale->getModifiers(category), c.modifiers);
+        }
+        EXPECT_EQ(locale->getEncoding(), c.encoding);
+        EXPECT_EQ(string_data(*locale, QxLcOptDataCtx::jvmencoding), c.jvm_encoding);
+        // Without a terminal encoding of its own, the terminal uses the locale's encoding.
+        for (auto type : {QxLcOptDataCtx::termencoding, QxLcOptDataCtx::terminputencoding,
+                          QxLcOptDataCtx::termoutputencoding})
+            EXPECT_EQ(string_data(*locale, type), c.encoding);
+    }
+}
+
+TEST(QxLocale, default_encoding_is_that_of_the_ctype_locale)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"C", "US-ASCII"},       {"en_US_POSIX.UTF-8", "US-ASCII"}, {"de_DE.UTF-8", "ISO-8859-1"},
+        {"zh_HK", "Big5-HKSCS"}, {"ja_JP.UTF-8", "EUC-JP"},         {"ar_IN", "UTF-8"},
+    };
+    for (const auto& [name, encoding] : cases)
+        EXPECT_EQ(QxLocale::createLocale(name)->getDefaultEncoding(), encoding) << name;
+}
+
+struct bad_name {
+    const char* name;
+    const char* detail;
+};
+
+TEST(QxLocale, refuses_bad_names_with_the_refused_part_as_detail)
+{
+    const bad_name cases[] = {
+        {"xx_YY", "xx_YY"},           {"xx_YY.UTF-8@euro", "xx_YY"},  {"de_DE.NOSUCHCODE", "NOSUCHCODE"},
+        {"en_4199", "en_4199"},       {"en_x_foo", "en_x_foo"},       {"e", "e"},
+        {"de_DE.UTF-16", "UTF-16"},   {".UTF-8", ""},                 {"de_DE.ibm-37", "ibm-37"},
+        {"zh-Cyrl_CN", "zh-Cyrl_CN"}, {"de_D\xC3\x89", "de_D\xC3\x89"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        try {
+            QxLocale::createLocale(c.name);
+            ADD_FAILURE() << "accepted";
+        } catch (const fl::i18n::QxLcInvLcName& e) {
+            EXPECT_STREQ(e.what(), "Invalid locale name.");
+            EXPECT_EQ(e.getIdentifier(), "fl:i18n:QxLcInvLcName");
+            EXPECT_EQ(e.getCode(), 1);
+            EXPECT_EQ(e.getDetail(), c.detail);
+        }
+    }
+}
+
+TEST(QxLocale, refuses_an_empty_name_as_an_argument_error)
+{
+    try {
+        QxLocale::createLocale(std::string());
+        ADD_FAILURE() << "accepted";
+    } catch (const fl::i18n::QxLcInvLcArgument& e) {
+        EXPECT_STREQ(e.what(), "Invalid argument");
+        EXPECT_EQ(e.getIdentifier(), "fl:i18n:QxLcInvLcArgument");
+        EXPECT_EQ(e.getCode(), 4);
+        EXPECT_EQ(e.getDetail(), "");
+    }
+    EXPECT_THROW(QxLocale::createLocale("de_DE", QxLocale::lc_time, ""), fl::i18n::QxLcInvLcArgument);
+}
+
+TEST(QxLocale, sets_single_categories_and_keeps_the_encoding)
+{
+    const auto numeric_c = QxLocale::createLocaleWithCForNumeric("de_DE");
+    for (auto category : all_categories)
+        EXPECT_EQ(numeric_c->getName(category), category == QxLocale::lc_numeric ? "en_US_POSIX" : "de_DE");
+    EXPECT_EQ(numeric_c->getEncoding(), "ISO-8859-1");
+
+    const auto mixed = QxLocale::createLocale("de_DE", QxLocale::lc_messages, "fr_FR.UTF-8@x");
+    EXPECT_EQ(mixed->getName(QxLocale::lc_messages), "fr_FR");
+    EXPECT_EQ(mixed->getModifiers(QxLocale::lc_messages), "x");
+    EXPECT_EQ(mixed->getEncoding(), "ISO-8859-1");
+
+    // The list is applied in order, so the last entry for a category wins.
+    const auto listed = QxLocale::createLocale(
+        *mixed, {{QxLocale::lc_time, "ja_JP"}, {QxLocale::lc_messages, "it_IT"}, {QxLocale::lc_messages, "C"}});
+    EXPECT_EQ(listed->getName(QxLocale::lc_time), "ja_JP");
+    EXPECT_EQ(listed->getName(QxLocale::lc_messages), "en_US");
+    EXPECT_EQ(listed->getName(QxLocale::lc_ctype), "de_DE");
+
+    const auto borrowed = QxLocale::createLocale(*numeric_c, QxLocale::lc_time, *mixed);
+    EXPECT_EQ(borrowed->getName(QxLocale::lc_time), "de_DE");
+    const auto borrowed_messages = QxLocale::createLocale(*numeric_c, QxLocale::lc_messages, *mixed);
+    EXPECT_EQ(borrowed_messages->getModifiers(QxLocale::lc_messages), "x");
+
+    EXPECT_THROW(QxLocale::createLocale("de_DE", QxLocale::lc_time, "xx_YY"), fl::i18n::QxLcInvLcName);
+    try {
+        QxLocale::createLocale("de_DE", {{QxLocale::lc_time, "fr_FR"}, {QxLocale::lc_time, "fr_FR.BOGUS"}});
+        ADD_FAILURE() << "accepted";
+    } catch (const fl::i18n::QxLcInvLcName& e) {
+        EXPECT_EQ(e.getDetail(), "BOGUS");
+    }
+}
+
+TEST(QxLocale, compares_names_modifiers_and_encoding_only)
+{
+    const auto base = QxLocale::createLocale("de_DE");
+    const auto copy = QxLocale::createLocale(*base);
+    EXPECT_TRUE(*base == *copy);
+    EXPECT_FALSE(*base != *copy);
+    // The copy holds the encoding as its terminal encoding; comparison does not look at it.
+    EXPECT_EQ(string_data(*copy, QxLcOptDataCtx::termencoding), "ISO-8859-1");
+
+    const std::shared_ptr<QxLocale> different[] = {
+        QxLocale::createLocale("de_DE@euro"),
+        QxLocale::createLocale("de_DE.UTF-8"),
+        QxLocale::createLocale("de_DE", QxLocale::lc_collate, "de_AT"),
+        QxLocale::createLocale("de_DE", QxLocale::lc_monetary, "de_DE@euro"),
+    };
+    for (const auto& other : different) {
+        EXPECT_FALSE(*base == *other) << other->getName(QxLocale::lc_ctype);
+        EXPECT_TRUE(*base != *other);
+    }
+}
+
+// A locale from outside the library: copies must go through the virtual interface.
+class foreign_locale : public QxLocale {
+public:
+    explicit foreign_locale(std::string messages, std::string terminal = "")
+        : messages_(std::move(messages)), terminal_(std::move(terminal))
+    {
+    }
+    bool operator==(const QxLocale& other) const override { return this == &other; }
+    bool operator!=(const QxLocale& other) const override { return this != &other; }
+    std::string getName(LcCategory c) const override { return c == lc_messages ? messages_ : "fr_FR"; }
+    std::string getLanguage(LcCategory, int) const override { return "fr"; }
+    std::string getTerritory(LcCategory) const override { return "FR"; }
+    std::string getModifiers(LcCategory c) const override { return c == lc_time ? "t" : ""; }
+    std::string getExtras(LcCategory) const override { return ""; }
+    std::string getEncoding() const override { return "UTF-8"; }
+    std::string getDefaultEncoding() const override { return "ISO-8859-1"; }
+    LocaleData getLocaleData(QxLcOptDataCtx::LcOptDataType) const override
+    {
+        return terminal_.empty() ? getEncoding() : terminal_;
+    }
+
+private:
+    std::string messages_;
+    std::string terminal_;
+};
+
+TEST(QxLocale, copies_a_foreign_locale_through_its_interface)
+{
+    const foreign_locale source("ja_JP", "EUC-JP");
+    const auto copy = QxLocale::createLocale(source);
+    EXPECT_EQ(copy->getName(QxLocale::lc_messages), "ja_JP");
+    EXPECT_EQ(copy->getName(QxLocale::lc_ctype), "fr_FR");
+    EXPECT_EQ(copy->getModifiers(QxLocale::lc_time), "t");
+    EXPECT_EQ(copy->getEncoding(), "UTF-8");
+    EXPECT_EQ(string_data(*copy, QxLcOptDataCtx::termencoding), "EUC-JP");
+    EXPECT_TRUE(*copy == source);
+}
+
+TEST(QxLocale, splits_a_category_name_into_language_and_territory)
+{
+    const auto locale = QxLocale::createLocale("de_DE", QxLocale::lc_time, "zh-Hans_SG");
+    EXPECT_EQ(locale->getName(QxLocale::lc_time), "zh-Hans_SG");
+    EXPECT_EQ(locale->getLanguage(QxLocale::lc_time, 1), "zh");
+    EXPECT_EQ(locale->getLanguage(QxLocale::lc_time, 0), "zh-Hans");
+    EXPECT_EQ(locale->getLanguage(QxLocale::lc_time, 2), "zh-Hans");
+    EXPECT_EQ(locale->getTerritory(QxLocale::lc_time), "SG");
+    EXPECT_EQ(locale->getExtras(QxLocale::lc_time), "");
+    EXPECT_EQ(locale->getLanguage(QxLocale::lc_ctype, 1), "de");
+    EXPECT_EQ(QxLocale::classic().getTerritory(QxLocale::lc_ctype), "US");
+}
+
+// Paper size and measurement system come from ICU's data for the time category.
+TEST(QxLocale, paper_and_units_agree_with_icu)
+{
+    for (const char* name : {"de_DE", "en_US", "en_GB", "ja_JP", "fr_CA", "C", "es_MX", "en_IN"}) {
+        SCOPED_TRACE(name);
+        const auto locale = QxLocale::createLocale("de_DE", QxLocale::lc_time, name);
+        const std::string id = locale->getName(QxLocale::lc_time);
+        UErrorCode status = U_ZERO_ERROR;
+        int32_t height = 0;
+        int32_t width = 0;
+        ulocdata_getPaperSize(id.c_str(), &height, &width, &status);
+        ASSERT_TRUE(U_SUCCESS(status));
+        const auto paper = height == 297 && width == 210 ? QxLocale::paper_a4 : QxLocale::paper_other;
+        EXPECT_EQ(std::get<QxLocale::PaperSize>(locale->getLocaleData(QxLcOptDataCtx::papersize)), paper);
+        const UMeasurementSystem system = ulocdata_getMeasurementSystem(id.c_str(), &status);
+        ASSERT_TRUE(U_SUCCESS(status));
+        const auto unit = system == UMS_SI ? QxLocale::unit_si : system == UMS_UK ? QxLocale::unit_uk
+                                                                                  : QxLocale::unit_other;
+        EXPECT_EQ(std::get<QxLocale::UnitType>(locale->getLocaleData(QxLcOptDataCtx::unittype)), unit);
+    }
+    const auto de = QxLocale::createLocale("de_DE");
+    EXPECT_EQ(std::get<QxLocale::PaperSize>(de->getLocaleData(QxLcOptDataCtx::papersize)), QxLocale::paper_a4);
+    EXPECT_EQ(std::get<QxLocale::UnitType>(de->getLocaleData(QxLcOptDataCtx::unittype)), QxLocale::unit_si);
+    const auto us = QxLocale::createLocale("en_US");
+    EXPECT_EQ(std::get<QxLocale::PaperSize>(us->getLocaleData(QxLcOptDataCtx::papersize)), QxLocale::paper_other);
+    EXPECT_EQ(std::get<QxLocale::UnitType>(us->getLocaleData(QxLcOptDataCtx::unittype)), QxLocale::unit_other);
+}
+
+TEST(QxLocale, refuses_unknown_data_kinds_and_categories)
+{
+    const auto& classic = QxLocale::classic();
+    for (int type : {-1, 6, 1000})
+        EXPECT_THROW(classic.getLocaleData(static_cast<QxLcOptDataCtx::LcOptDataType>(type)),
+                     fl::i18n::QxLcInvLcArgument);
+    EXPECT_THROW(classic.getName(static_cast<QxLocale::LcCategory>(6)), fl::i18n::QxLcInvLcArgument);
+    EXPECT_THROW(classic.getName(static_cast<QxLocale::LcCategory>(-1)), fl::i18n::QxLcInvLcArgument);
+}
+
+TEST(QxLocale, names_categories_and_data_kinds_in_any_case)
+{
+    struct category_case {
+        const char* asked;
+        const char* name;
+        QxLocale::LcCategory category;
+    };
+    const category_case categories[] = {
+        {"ctype", "ctype", QxLocale::lc_ctype},          {"Collate", "collate", QxLocale::lc_collate},
+        {"TIME", "time", QxLocale::lc_time},             {"numeric", "numeric", QxLocale::lc_numeric},
+        {"monetary", "monetary", QxLocale::lc_monetary}, {"MESSAGES", "messages", QxLocale::lc_messages},
+    };
+    for (const auto& c : categories) {
+        EXPECT_EQ(QxLocale::getLcCategory(c.asked), c.category) << c.asked;
+        EXPECT_EQ(QxLocale::getLcCategoryName(c.category), c.name);
+    }
+    for (const char* bad : {"paper", "", "lc_ctype", "messages "}) {
+        try {
+            QxLocale::getLcCategory(bad);
+            ADD_FAILURE() << bad;
+        } catch (const fl::i18n::QxLcDataNotFound& e) {
+            EXPECT_STREQ(e.what(), "Locale data not found.");
+            EXPECT_EQ(e.getCode(), 2);
+            EXPECT_EQ(e.getIdentifier(), "fl:i18n:QxLcDataNotFound");
+        }
+    }
+    EXPECT_THROW(QxLocale::getLcCategoryName(static_cast<QxLocale::LcCategory>(6)), fl::i18n::QxLcDataNotFound);
+
+    const std::pair<const char*, QxLcOptDataCtx::LcOptDataType> kinds[] = {
+        {"JvmEncoding", QxLcOptDataCtx::jvmencoding},   {"termencoding", QxLcOptDataCtx::termencoding},
+        {"TERMINPUTENCODING", QxLcOptDataCtx::terminputencoding},
+        {"termOutputEncoding", QxLcOptDataCtx::termoutputencoding},
+        {"PaperSize", QxLcOptDataCtx::papersize},       {"unittype", QxLcOptDataCtx::unittype},
+    };
+    for (const auto& [name, kind] : kinds)
+        EXPECT_EQ(QxLcOptDataCtx::getOptDataType(name), kind) << name;
+    EXPECT_THROW(QxLcOptDataCtx::getOptDataType("encoding"), fl::i18n::QxLcDataNotFound);
+}
+
+}  // namespace
