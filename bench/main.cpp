@@ -1,6 +1,6 @@
-// qxi18n_bench: the library's conversions timed against raw ICU, glibc iconv and utf8cpp.
+// qxi18n_bench: the library's conversions and locale operations timed against raw ICU, glibc and utf8cpp.
 #include "conversion_benchmarks.hpp"
-#include "ratio_reporter.hpp"
+#include "locale_benchmarks.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -45,9 +45,10 @@ int main(int argc, char** argv)
     }
 
     qxbench::register_conversion_benchmarks();
-    qxbench::ratio_reporter reporter;
+    qxbench::register_locale_benchmarks();
+    qxbench::locale_ratio_reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.print_table(std::cout);
+    reporter.print_tables(std::cout);
     benchmark::Shutdown();
     return 0;
 }

@@ -42,14 +42,15 @@ std::shared_ptr<QxLocale> with_categories(std::unique_ptr<QxLocaleImpl> locale,
 
 }  // namespace
 
+// One allocation for the object and its count: a locale is small and made often.
 std::shared_ptr<QxLocale> QxLocale::createLocale(const std::string& name)
 {
-    return std::shared_ptr<QxLocale>(from_name(name));
+    return std::make_shared<QxLocaleImpl>(detail::locale_context().registry, name);
 }
 
 std::shared_ptr<QxLocale> QxLocale::createLocale(const QxLocale& base)
 {
-    return std::shared_ptr<QxLocale>(copy_of(base));
+    return std::make_shared<QxLocaleImpl>(detail::locale_context().registry, base);
 }
 
 std::shared_ptr<QxLocale> QxLocale::createLocale(const std::string& name, LcCategory category,

@@ -107,26 +107,38 @@ language_row resolve_language_row(const locale_registry& registry, const parsed_
 
 std::string compose_row_name(const locale_registry& registry, const language_row& row)
 {
-    parsed_locale_name parts;
-    if (const char* language = registry.language_text(row.language))
-        parts.language = language;
+    const char* language = registry.language_text(row.language);
+    if (language == nullptr)
+        return {};
+    std::string name(language);
     if (const char* script = registry.script_text(row.script))
-        parts.script = script;
+        name.append(1, '-').append(script);
     if (const char* territory = registry.territory_text(row.territory))
-        parts.territory = territory;
-    return parts.language.empty() ? std::string() : compose_base(parts);
+        name.append(1, '_').append(territory);
+    return name;
+}
+
+canonical_result canonicalize(const locale_registry& registry, std::string_view name)
+{
+    canonical_result result;
+    if (name.empty())
+        return result;
+    if (const char* target = registry.find_locale_alias(name)) {
+        result.name = target;
+        result.from_alias = true;
+        return result;
+    }
+    const parsed_locale_name parsed = parse_locale_name(name);
+    if (!parsed.valid())
+        return result;
+    result.row = resolve_language_row(registry, parsed);
+    result.name = compose_row_name(registry, result.row);
+    return result;
 }
 
 std::string canonical_locale_name(const locale_registry& registry, std::string_view name)
 {
-    if (name.empty())
-        return {};
-    if (const char* target = registry.find_locale_alias(name))
-        return target;
-    const parsed_locale_name parsed = parse_locale_name(name);
-    if (!parsed.valid())
-        return {};
-    return compose_row_name(registry, resolve_language_row(registry, parsed));
+    return canonicalize(registry, name).name;
 }
 
 }  // namespace fl::i18n::detail

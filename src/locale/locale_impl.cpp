@@ -86,20 +86,31 @@ QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry) noexcept : r
 QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const std::string& name)
     : registry_(&registry)
 {
-    const std::string canonical = canonical_or_throw(registry, name);
-    const detail::parsed_locale_name parsed = detail::parse_locale_name(name);
+    if (name.empty())
+        detail::throw_invalid_argument();
+    const std::string_view base = detail::strip_name(name);
+    const detail::canonical_result canonical = detail::canonicalize(registry, base);
+    if (canonical.name.empty())
+        detail::throw_invalid_name(std::string(base));
+    // A name that is already canonical needs no second check: the check would repeat the
+    // lookup just made, and its default encoding follows from the row just found.
+    const bool settled = !canonical.from_alias && canonical.name == base;
+    const bool bare = base.size() == name.size();
+    const detail::parsed_locale_name parsed = bare ? detail::parsed_locale_name{} : detail::parse_locale_name(name);
     const std::string modifiers = detail::compose_modifiers(parsed);
-    // The canonical name is checked once; all six slots take the same name.
-    set_category(canonical, modifiers, lc_ctype);
-    for (int c = lc_collate; c <= lc_messages; ++c)
-        store(static_cast<LcCategory>(c), canonical, modifiers);
+    if (!settled)
+        set_category(canonical.name, modifiers, lc_ctype);
+    for (int c = settled ? lc_ctype : lc_collate; c <= lc_messages; ++c)
+        store(static_cast<LcCategory>(c), canonical.name, modifiers);
 
-    if (parsed.codeset.empty()) {
-        const char* encoding = canonical == posix_name ? "UTF-8" : registry.default_encoding_of(canonical);
-        encoding_ = encoding ? encoding : "UTF-8";
-    } else {
+    if (!parsed.codeset.empty())
         encoding_ = detail::resolve_codeset(registry, parsed.codeset);
-    }
+    else if (canonical.name == posix_name)
+        encoding_ = "UTF-8";
+    else if (settled)
+        encoding_ = registry.default_encoding_of_row(canonical.name, canonical.row);
+    else
+        encoding_ = registry.default_encoding_of(canonical.name);
 }
 
 QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const QxLocale& base) : registry_(&registry)

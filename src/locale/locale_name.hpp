@@ -25,6 +25,14 @@ language_row resolve_language_row(const locale_registry& registry, const parsed_
 /// The row written as language["-" Script]["_" TERRITORY] in the table's letter case.
 std::string compose_row_name(const locale_registry& registry, const language_row& row);
 
+/// A canonical name with how it was found: from the alias map, or from `row`.
+struct canonical_result {
+    std::string name;  // empty when the registry cannot place the name
+    language_row row = empty_language_row;
+    bool from_alias = false;
+};
+canonical_result canonicalize(const locale_registry& registry, std::string_view name);
+
 /// An alias target, or the name of the row the name selects; empty for a name the registry
 /// cannot place. Strip ".codeset" and "@modifier" first: the whole name is the alias key.
 std::string canonical_locale_name(const locale_registry& registry, std::string_view name);

@@ -186,7 +186,12 @@ const char* locale_registry::default_encoding_of(std::string_view locale_name) c
     const language_row row = resolve_language_row(*this, parse_locale_name(name));
     if (row.language == no_index)
         return "UTF-8";
-    if (const auto* encoding = find_value(default_encoding_, tag_key(compose_row_name(*this, row))))
+    return default_encoding_of_row(compose_row_name(*this, row), row);
+}
+
+const char* locale_registry::default_encoding_of_row(std::string_view canonical, const language_row& row) const
+{
+    if (const auto* encoding = find_value(default_encoding_, tag_key(canonical)))
         return *encoding;
     const char* encoding = encoding_name_by_id(row.encoding);
     return encoding ? encoding : "UTF-8";

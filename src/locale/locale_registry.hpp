@@ -61,6 +61,8 @@ public:
     const char* encoding_name_by_id(std::uint16_t id) const noexcept;
     /// The default encoding of a locale name; null for an empty name.
     const char* default_encoding_of(std::string_view locale_name) const;
+    /// default_encoding_of for a name that is its own canonical form, found through `row`.
+    const char* default_encoding_of_row(std::string_view canonical, const language_row& row) const;
     /// The value stored under "locale:option", or empty.
     std::string get_option(std::string_view locale, std::string_view option) const;
 
