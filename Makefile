@@ -47,8 +47,9 @@ run: build
 
 bench: deps
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DQXI18N_BUILD_BENCH=ON -DQXI18N_BUILD_TESTS=OFF -DQXI18N_BUILD_TOOLS=OFF
-	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench
+	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench qxi18n_bench_internal
 	$(BENCH_DIR)/bin/qxi18n_bench
+	$(BENCH_DIR)/bin/qxi18n_bench_internal
 
 clean:
 	rm -rf $(BUILD_DIR) $(BENCH_DIR)
