@@ -52,7 +52,7 @@ QxLocaleCtx::QxLocaleCtx()
             system_setting.cached_variables.emplace(variable, value);
     }
     try {
-        init_context();
+        initQxLcCtx();
     } catch (...) {
         // A failed creation leaves nothing behind; the next caller starts afresh.
         for (locale_entry* entry : locale_stack)
@@ -61,7 +61,7 @@ QxLocaleCtx::QxLocaleCtx()
     }
 }
 
-void QxLocaleCtx::init_context()
+void QxLocaleCtx::initQxLcCtx()
 {
     auto classic = std::make_unique<QxLocaleImpl>(registry, "en_US_POSIX");
     const QxLocale* classic_ref = classic.get();

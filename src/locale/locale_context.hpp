@@ -78,7 +78,7 @@ public:
     locale_entry& current();
 
 private:
-    void init_context();
+    void initQxLcCtx();
 };
 
 /// The context, created on first use. A failed creation throws and leaves the next call to retry.

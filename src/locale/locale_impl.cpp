@@ -137,13 +137,26 @@ void QxLocaleImpl::set_category(const std::string& name, const std::string& modi
     store(category, name, modifiers);
 }
 
+namespace detail {
+
+category_spec parse_category_spec(const locale_registry& registry, const std::string& spec)
+{
+    category_spec out;
+    out.canonical = canonical_or_throw(registry, spec);
+    const parsed_locale_name parsed = parse_locale_name(spec);
+    if (!parsed.codeset.empty())
+        out.encoding = resolve_codeset(registry, parsed.codeset);
+    out.modifiers = compose_modifiers(parsed);
+    return out;
+}
+
+}  // namespace detail
+
 void QxLocaleImpl::set_category_spec(LcCategory category, const std::string& spec)
 {
-    const std::string canonical = canonical_or_throw(*registry_, spec);
-    const detail::parsed_locale_name parsed = detail::parse_locale_name(spec);
-    if (!parsed.codeset.empty())
-        detail::resolve_codeset(*registry_, parsed.codeset);
-    set_category(canonical, detail::compose_modifiers(parsed), category);
+    // The spec's encoding is checked by the parse and then dropped: a category has no encoding.
+    const detail::category_spec parsed = detail::parse_category_spec(*registry_, spec);
+    set_category(parsed.canonical, parsed.modifiers, category);
 }
 
 void QxLocaleImpl::store(LcCategory category, const std::string& name, const std::string& modifiers)

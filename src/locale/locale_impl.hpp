@@ -58,6 +58,14 @@ private:
 
 namespace detail {
 
+/// A caller's "name[.codeset][@modifiers]" for one category, checked like a locale name.
+struct category_spec {
+    std::string canonical;
+    std::string encoding;  // empty when the spec has no codeset
+    std::string modifiers;
+};
+category_spec parse_category_spec(const locale_registry& registry, const std::string& spec);
+
 /// The registry's standard name of a codeset as ICU understands it; throws QxLcInvLcName(codeset)
 /// when ICU cannot open it or the registry does not know it.
 std::string resolve_codeset(const locale_registry& registry, const std::string& codeset);
