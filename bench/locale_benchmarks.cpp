@@ -247,18 +247,6 @@ bool is_locale_row(const std::string& name)
     return op == create_op || op == global_op || op == convert_op;
 }
 
-std::string format_time(double seconds)
-{
-    char text[32];
-    if (seconds < 1e-6)
-        std::snprintf(text, sizeof text, "%.1f ns", seconds * 1e9);
-    else if (seconds < 1e-3)
-        std::snprintf(text, sizeof text, "%.2f us", seconds * 1e6);
-    else
-        std::snprintf(text, sizeof text, "%.2f ms", seconds * 1e3);
-    return text;
-}
-
 const name_group* group_of(const std::string& label)
 {
     for (const name_group& group : name_groups())
@@ -333,7 +321,7 @@ int locale_ratio_reporter::print_locale_table(std::ostream& out) const
         const auto found = results_.find(row + "/" + impl);
         if (found == results_.end())
             return std::nullopt;
-        return *std::min_element(found->second.seconds.begin(), found->second.seconds.end());
+        return best(found->second.seconds);
     };
 
     char line[512];

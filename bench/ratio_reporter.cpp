@@ -18,6 +18,8 @@ struct peer_column {
 // Titles end in a space to sit over the digits of cells that end in a mark or a space.
 constexpr peer_column peers[] = {{"icu", "vs ICU "}, {"iconv", "vs iconv "}, {"utf8cpp", "vs utf8cpp "}};
 
+}  // namespace
+
 // Another process on a shared machine can only slow a repetition down, never speed it up, so
 // the fastest repetition is the one closest to the code's own cost.
 double best(const std::vector<double>& values)
@@ -36,6 +38,8 @@ std::string format_time(double seconds)
         std::snprintf(text, sizeof text, "%.2f ms", seconds * 1e3);
     return text;
 }
+
+namespace {
 
 // Splits "op/text/size/impl" at its last '/'.
 std::pair<std::string, std::string> split_name(const std::string& name)

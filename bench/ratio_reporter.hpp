@@ -16,6 +16,11 @@ inline constexpr double icu_ratio_limit = 1.10;       // at every size
 inline constexpr double iconv_ratio_limit = 0.5;      // from iconv_target_bytes up
 inline constexpr std::size_t iconv_target_bytes = 1024;
 
+/// The fastest of a benchmark's repetitions: the one closest to the code's own cost.
+double best(const std::vector<double>& values);
+/// A time per call as "12.3 ns", "4.56 us" or "7.89 ms".
+std::string format_time(double seconds);
+
 /// Passes the per-benchmark lines to the console (only the median when repeated) and records
 /// the real time per call of every run, keyed by benchmark name "op/text/size/implementation".
 class ratio_reporter : public benchmark::ConsoleReporter {

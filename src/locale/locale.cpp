@@ -36,7 +36,7 @@ std::shared_ptr<QxLocale> with_categories(std::unique_ptr<QxLocaleImpl> locale,
                                           const std::vector<QxLocale::CategoryContext>& list)
 {
     for (const auto& item : list)
-        locale->set_category_spec(item.category, item.name);
+        locale->set_category_from_name(item.category, item.name);
     return std::shared_ptr<QxLocale>(std::move(locale));
 }
 

@@ -139,11 +139,11 @@ void QxLocaleImpl::set_category(const std::string& name, const std::string& modi
 
 namespace detail {
 
-category_spec parse_category_spec(const locale_registry& registry, const std::string& spec)
+category_setting parse_category_name(const locale_registry& registry, const std::string& text)
 {
-    category_spec out;
-    out.canonical = canonical_or_throw(registry, spec);
-    const parsed_locale_name parsed = parse_locale_name(spec);
+    category_setting out;
+    out.canonical = canonical_or_throw(registry, text);
+    const parsed_locale_name parsed = parse_locale_name(text);
     if (!parsed.codeset.empty())
         out.encoding = resolve_codeset(registry, parsed.codeset);
     out.modifiers = compose_modifiers(parsed);
@@ -152,10 +152,10 @@ category_spec parse_category_spec(const locale_registry& registry, const std::st
 
 }  // namespace detail
 
-void QxLocaleImpl::set_category_spec(LcCategory category, const std::string& spec)
+void QxLocaleImpl::set_category_from_name(LcCategory category, const std::string& text)
 {
-    // The spec's encoding is checked by the parse and then dropped: a category has no encoding.
-    const detail::category_spec parsed = detail::parse_category_spec(*registry_, spec);
+    // The name's codeset is checked and then dropped: a category has no encoding of its own.
+    const detail::category_setting parsed = detail::parse_category_name(*registry_, text);
     set_category(parsed.canonical, parsed.modifiers, category);
 }
 

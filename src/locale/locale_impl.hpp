@@ -35,7 +35,7 @@ public:
     /// the messages slot stores "en_US" for "en_US_POSIX". The encoding is left alone.
     void set_category(const std::string& name, const std::string& modifiers, LcCategory category);
     /// Sets a slot from a caller's "name[.codeset][@modifiers]"; the codeset is checked, then dropped.
-    void set_category_spec(LcCategory category, const std::string& spec);
+    void set_category_from_name(LcCategory category, const std::string& text);
     void set_terminal_encoding(std::string encoding) { terminal_encoding_ = std::move(encoding); }
 
     const std::string& name_ref(LcCategory category) const { return slot(category).name; }
@@ -59,12 +59,12 @@ private:
 namespace detail {
 
 /// A caller's "name[.codeset][@modifiers]" for one category, checked like a locale name.
-struct category_spec {
+struct category_setting {
     std::string canonical;
-    std::string encoding;  // empty when the spec has no codeset
+    std::string encoding;  // empty when the name has no codeset
     std::string modifiers;
 };
-category_spec parse_category_spec(const locale_registry& registry, const std::string& spec);
+category_setting parse_category_name(const locale_registry& registry, const std::string& text);
 
 /// The registry's standard name of a codeset as ICU understands it; throws QxLcInvLcName(codeset)
 /// when ICU cannot open it or the registry does not know it.

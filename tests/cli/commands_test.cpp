@@ -13,7 +13,8 @@ using args = std::vector<std::string>;
 TEST(CliCommandUsage, HelpAndErrorsAreOneLineWithTheirStatus)
 {
     for (const args& help : {args{"--help"}, args{"-h"}, args{"convert", "--help"}, args{"convert", "-f", "UTF-8", "-h"},
-                             args{"list-encodings", "--help"}, args{"demo", "--help"}}) {
+                             args{"list-encodings", "--help"}, args{"demo", "--help"},
+                             args{"locale", "de_DE", "--help"}}) {
         const run_result r = run_tool(help);
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(r.err, "");
@@ -33,6 +34,8 @@ TEST(CliCommandUsage, HelpAndErrorsAreOneLineWithTheirStatus)
         {{"convert", "-f", "no-such-encoding", "-t", utf8}, 2, convert + "unknown encoding 'no-such-encoding'"},
         {{"convert", "-f", utf8, "-t", "no-such-encoding"}, 2, convert + "unknown encoding 'no-such-encoding'"},
         {{"list-encodings", "extra"}, 2, "qxi18n: list-encodings: unexpected argument 'extra'"},
+        {{"locale"}, 2, "qxi18n: locale: missing locale name"},
+        {{"locale", "de_DE", "--bogus"}, 2, "qxi18n: locale: unknown option '--bogus'"},
         {{"demo", "--samples"}, 2, "qxi18n: demo: option '--samples' needs a value"},
         {{"demo", "--samples", "/nonexistent/qxi18n"}, 1, "qxi18n: demo: no sample directory at"},
     };

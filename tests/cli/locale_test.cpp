@@ -99,24 +99,6 @@ TEST(CliLocale, ParseShowsTheNamesParts)
     EXPECT_EQ(sl.at("territory"), "(none)");
 }
 
-TEST(CliLocale, UsageAndHelp)
-{
-    const std::tuple<args, int, std::string> cases[] = {
-        {{"locale"}, 2, "qxi18n: locale: missing locale name"},
-        {{"locale", "de_DE", "--bogus"}, 2, "qxi18n: locale: unknown option '--bogus'"},
-    };
-    for (const auto& [arguments, status, message] : cases) {
-        const run_result r = run_tool(arguments);
-        EXPECT_EQ(r.status, status) << message;
-        EXPECT_EQ(r.out, "") << message;
-        EXPECT_EQ(r.err.rfind(message, 0), 0u) << r.err;
-        EXPECT_EQ(count_lines(r.err), 1u) << r.err;
-    }
-    const run_result help = run_tool({"locale", "de_DE", "--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.out.rfind("Usage: qxi18n locale NAME...", 0), 0u) << help.out;
-}
-
 TEST(CliLocale, DemoSectionShowsGoodAndRefusedNames)
 {
     const run_result r = run_tool({"demo"});

@@ -30,15 +30,6 @@ TEST(QxLocale, classic_global_and_system_are_the_classic_locale_before_start_up)
     EXPECT_TRUE(classic == *QxLocale::createLocale("C"));
 }
 
-// Conversions without an encoding name take the global locale's encoding at construction.
-TEST(QxLocale, converters_without_an_encoding_follow_the_global_locale)
-{
-    const std::string bytes = "Gr\xC3\xBC\xC3\x9F" "e";
-    const ustring text = fl::i18n::to_ustring(bytes, fl::i18n::codecvt_string_to_ustring("", false));
-    EXPECT_EQ(text, u"Grüße");
-    EXPECT_EQ(fl::i18n::to_string(text, fl::i18n::codecvt_ustring_to_string("", false)), bytes);
-}
-
 // A locale with a messages name chosen by the test, to reach every shape of name.
 class messages_locale : public QxLocale {
 public:

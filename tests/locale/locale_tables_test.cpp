@@ -182,11 +182,4 @@ TEST(locale_registry, gives_default_encodings)
     EXPECT_EQ(registry().get_option("de_DE", "disable_l10n"), "");
 }
 
-TEST(locale_registry, folds_keys)
-{
-    EXPECT_EQ(lower_key("ISO-8859_1 Ab"), "iso-8859_1 ab");
-    EXPECT_EQ(tag_key("zh_Hant_TW"), "zh-hant-tw");
-    EXPECT_EQ(tag_key("\xC3\x89_A"), "\xC3\x89-a");
-}
-
 }  // namespace

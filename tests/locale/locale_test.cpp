@@ -73,16 +73,6 @@ TEST(QxLocale, builds_every_category_from_a_name)
     }
 }
 
-TEST(QxLocale, default_encoding_is_that_of_the_ctype_locale)
-{
-    const std::pair<const char*, const char*> cases[] = {
-        {"C", "US-ASCII"},       {"en_US_POSIX.UTF-8", "US-ASCII"}, {"de_DE.UTF-8", "ISO-8859-1"},
-        {"zh_HK", "Big5-HKSCS"}, {"ja_JP.UTF-8", "EUC-JP"},         {"ar_IN", "UTF-8"},
-    };
-    for (const auto& [name, encoding] : cases)
-        EXPECT_EQ(QxLocale::createLocale(name)->getDefaultEncoding(), encoding) << name;
-}
-
 struct bad_name {
     const char* name;
     const char* detail;
