@@ -9,6 +9,11 @@ DEB_PACKAGES := cmake g++ make pkg-config locales \
   libicu-dev libexpat1-dev \
   libboost-dev libboost-filesystem-dev libboost-thread-dev libboost-date-time-dev libboost-system-dev \
   libgtest-dev libgmock-dev libbenchmark-dev libutfcpp-dev
+# libc locales that the tests and the benchmarks' glibc peers use, as SOURCE/CHARMAP/NAME; a
+# fresh Debian machine has only C and POSIX.
+LIBC_LOCALES := de_DE/ISO-8859-1/de_DE de_DE/UTF-8/de_DE.UTF-8 de_DE@euro/ISO-8859-15/de_DE@euro \
+  en_US/ISO-8859-1/en_US en_US/UTF-8/en_US.UTF-8 fr_FR/UTF-8/fr_FR.UTF-8 ja_JP/EUC-JP/ja_JP.eucJP \
+  ja_JP/UTF-8/ja_JP.UTF-8 tr_TR/UTF-8/tr_TR.UTF-8 zh_TW/UTF-8/zh_TW.UTF-8
 # Expat before this revision crashes on long entity chains.
 EXPAT_MIN := 2.5.0-1+deb12u5
 
@@ -30,8 +35,20 @@ deps:
 	  apt-get update -qq && \
 	  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $$missing; \
 	else \
-	  echo "deps: all present"; \
+	  echo "deps: all packages present"; \
 	fi
+	@have=$$(localedef --list-archive 2>/dev/null); \
+	for spec in $(LIBC_LOCALES); do \
+	  source=$${spec%%/*}; rest=$${spec#*/}; charmap=$${rest%%/*}; name=$${rest#*/}; \
+	  base=$${name%%.*}; base=$${base%%@*}; \
+	  case $$name in *.*) codeset=$${name#*.}; codeset=$${codeset%%@*}; \
+	    codeset=.$$(printf '%s' "$$codeset" | tr -d '-' | tr 'A-Z' 'a-z');; *) codeset=;; esac; \
+	  case $$name in *@*) modifier=@$${name#*@};; *) modifier=;; esac; \
+	  if ! printf '%s\n' "$$have" | grep -qxF "$$base$$codeset$$modifier"; then \
+	    echo "deps: generating the libc locale $$name"; \
+	    localedef -i "$$source" -f "$$charmap" "$$name" || exit 1; \
+	  fi; \
+	done
 
 configure: deps
 	cmake -S . -B $(BUILD_DIR) $(CMAKE_FLAGS)

@@ -42,7 +42,7 @@ bool single_territory(const locale_registry& registry, const language_row& row)
 // Keeps language and encoding; the script and territory only where the name asked for them
 // and the row has them, taken from the row's text at the place where they matched.
 language_row narrow_row(const locale_registry& registry, const language_row& row, const std::string& q_script,
-                        const std::string& q_territory)
+                        int q_territory)
 {
     language_row out = row;
     out.script = no_index;
@@ -53,20 +53,47 @@ language_row narrow_row(const locale_registry& registry, const language_row& row
                 out.script = registry.script_index_of(std::string_view(scripts + at, 4));
         }
     }
-    out.territory = no_index;
-    if (const char* territories = registry.territory_text(row.territory); territories && !q_territory.empty()) {
-        if (const char* at = std::strstr(territories, q_territory.c_str()))
-            out.territory = registry.territory_index_of(std::string_view(at, q_territory.size()));
-    }
+    out.territory = registry.territory_holds(row.territory, q_territory) ? registry.territory_index_of_code(q_territory)
+                                                                         : no_index;
     return out;
+}
+
+bool is_letter(char c) noexcept { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+// "ll", "lll", "ll_TT" and "lll-TT" are most of the names callers pass; they are taken apart
+// here without the general grammar, which would build a whole parsed record.
+bool simple_query(std::string_view name, row_query& query) noexcept
+{
+    std::size_t language = 0;
+    while (language < name.size() && language < 4 && is_letter(name[language]))
+        ++language;
+    if (language < 2 || language > 3)
+        return false;
+    query = {name.substr(0, language), {}, {}};
+    if (language == name.size())
+        return true;
+    const std::string_view rest = name.substr(language);
+    if (rest.size() != 3 || (rest[0] != '_' && rest[0] != '-') || !is_letter(rest[1]) || !is_letter(rest[2]))
+        return false;
+    query.territory = rest.substr(1);
+    return true;
 }
 
 }  // namespace
 
 language_row resolve_language_row(const locale_registry& registry, const parsed_locale_name& parsed)
 {
+    return resolve_language_row(registry, row_query{parsed.language, parsed.script, parsed.territory});
+}
+
+language_row resolve_language_row(const locale_registry& registry, const row_query& parsed)
+{
     const std::string q_script = ascii_case(parsed.script, false);
-    const std::string q_territory = ascii_case(parsed.territory.empty() ? parsed.language : parsed.territory, true);
+    // The territory as a code number: a name's territory is two letters or three digits, and a
+    // bare language searches for itself as a territory ("de" for "DE"), which a three-letter
+    // language never finds.
+    const int q_territory =
+        locale_registry::territory_code(ascii_case(parsed.territory.empty() ? parsed.language : parsed.territory, true));
     const language_row_range rows = registry.rows_of(parsed.language);
 
     if (parsed.script.empty() && parsed.territory.empty() && rows.count == 1 &&
@@ -87,8 +114,8 @@ language_row resolve_language_row(const locale_registry& registry, const parsed_
                 continue;
             script_hit = true;
         }
-        if (const char* territories = registry.territory_text(row.territory); territories && !q_territory.empty()) {
-            if (std::strstr(territories, q_territory.c_str()) == nullptr)
+        if (row.territory != no_index) {
+            if (!registry.territory_holds(row.territory, q_territory))
                 continue;
             if (script_hit)
                 return narrow_row(registry, row, q_script, q_territory);
@@ -128,10 +155,15 @@ canonical_result canonicalize(const locale_registry& registry, std::string_view 
         result.from_alias = true;
         return result;
     }
-    const parsed_locale_name parsed = parse_locale_name(name);
-    if (!parsed.valid())
-        return result;
-    result.row = resolve_language_row(registry, parsed);
+    row_query query;
+    if (simple_query(name, query)) {
+        result.row = resolve_language_row(registry, query);
+    } else {
+        const parsed_locale_name parsed = parse_locale_name(name);
+        if (!parsed.valid())
+            return result;
+        result.row = resolve_language_row(registry, parsed);
+    }
     result.name = compose_row_name(registry, result.row);
     return result;
 }

@@ -97,11 +97,13 @@ QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const std::s
     const bool settled = !canonical.from_alias && canonical.name == base;
     const bool bare = base.size() == name.size();
     const detail::parsed_locale_name parsed = bare ? detail::parsed_locale_name{} : detail::parse_locale_name(name);
-    const std::string modifiers = detail::compose_modifiers(parsed);
+    std::string modifiers = detail::compose_modifiers(parsed);
     if (!settled)
         set_category(canonical.name, modifiers, lc_ctype);
-    for (int c = settled ? lc_ctype : lc_collate; c <= lc_messages; ++c)
-        store(static_cast<LcCategory>(c), canonical.name, modifiers);
+    settings_[0] = {canonical.name, std::move(modifiers)};
+    setting_of_.fill(0);
+    if (canonical.name == posix_name)
+        store(lc_messages, canonical.name, settings_[0].modifiers);
 
     if (!parsed.codeset.empty())
         encoding_ = detail::resolve_codeset(registry, parsed.codeset);
@@ -116,14 +118,15 @@ QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const std::s
 QxLocaleImpl::QxLocaleImpl(const detail::locale_registry& registry, const QxLocale& base) : registry_(&registry)
 {
     if (const auto* impl = dynamic_cast<const QxLocaleImpl*>(&base)) {
-        categories_ = impl->categories_;
+        settings_ = impl->settings_;
+        setting_of_ = impl->setting_of_;
         encoding_ = impl->encoding_;
         terminal_encoding_ = impl->terminal_encoding_.empty() ? impl->encoding_ : impl->terminal_encoding_;
         return;
     }
     for (int c = lc_ctype; c <= lc_messages; ++c) {
         const auto category = static_cast<LcCategory>(c);
-        categories_[static_cast<std::size_t>(c)] = {base.getName(category), base.getModifiers(category)};
+        store(category, base.getName(category), base.getModifiers(category));
     }
     encoding_ = base.getEncoding();
     terminal_encoding_ = std::get<std::string>(base.getLocaleData(QxLcOptDataCtx::termencoding));
@@ -159,25 +162,49 @@ void QxLocaleImpl::set_category_from_name(LcCategory category, const std::string
     set_category(parsed.canonical, parsed.modifiers, category);
 }
 
+bool QxLocaleImpl::shared_by_another(std::size_t setting, std::size_t category) const noexcept
+{
+    for (std::size_t c = 0; c < setting_of_.size(); ++c)
+        if (c != category && setting_of_[c] == setting)
+            return true;
+    return false;
+}
+
 void QxLocaleImpl::store(LcCategory category, const std::string& name, const std::string& modifiers)
 {
-    auto& target = categories_.at(static_cast<std::size_t>(category));
-    target.name = slot_name_for(category, name);
-    target.modifiers = modifiers;
+    const auto index = static_cast<std::size_t>(category);
+    if (index >= setting_of_.size())
+        detail::throw_invalid_argument();
+    const std::string& stored = slot_name_for(category, name);
+    for (std::size_t s = 0; s < settings_.size(); ++s) {
+        if (shared_by_another(s, index) && settings_[s].name == stored && settings_[s].modifiers == modifiers) {
+            setting_of_[index] = static_cast<std::uint8_t>(s);
+            return;
+        }
+    }
+    // The category's own entry when no other category uses it, else a free one: five other
+    // categories can hold at most five of the six entries.
+    for (std::size_t s = setting_of_[index];; s = (s + 1) % settings_.size()) {
+        if (!shared_by_another(s, index)) {
+            settings_[s] = {stored, modifiers};
+            setting_of_[index] = static_cast<std::uint8_t>(s);
+            return;
+        }
+    }
 }
 
 const QxLocaleImpl::category_slot& QxLocaleImpl::slot(LcCategory category) const
 {
     if (category < lc_ctype || category > lc_messages)
         detail::throw_invalid_argument();
-    return categories_[static_cast<std::size_t>(category)];
+    return settings_[setting_of_[static_cast<std::size_t>(category)]];
 }
 
 bool QxLocaleImpl::operator==(const QxLocale& other) const
 {
     for (int c = lc_ctype; c <= lc_messages; ++c) {
         const auto category = static_cast<LcCategory>(c);
-        const auto& mine = categories_[static_cast<std::size_t>(c)];
+        const auto& mine = slot(category);
         if (mine.name != other.getName(category) || mine.modifiers != other.getModifiers(category))
             return false;
     }
@@ -210,7 +237,7 @@ std::string QxLocaleImpl::getEncoding() const { return encoding_; }
 
 std::string QxLocaleImpl::getDefaultEncoding() const
 {
-    const char* encoding = registry_->default_encoding_of(categories_[lc_ctype].name);
+    const char* encoding = registry_->default_encoding_of(slot(lc_ctype).name);
     return encoding ? encoding : std::string();
 }
 
@@ -225,7 +252,7 @@ QxLocale::LocaleData QxLocaleImpl::getLocaleData(QxLcOptDataCtx::LcOptDataType t
     case QxLcOptDataCtx::termoutputencoding:
         return terminal_encoding_.empty() ? encoding_ : terminal_encoding_;
     case QxLcOptDataCtx::papersize: {
-        const int a4 = query_with_retry(categories_[lc_time].name, [](const char* id, UErrorCode* status) {
+        const int a4 = query_with_retry(slot(lc_time).name, [](const char* id, UErrorCode* status) {
             int32_t height = 0;
             int32_t width = 0;
             ulocdata_getPaperSize(id, &height, &width, status);
@@ -234,7 +261,7 @@ QxLocale::LocaleData QxLocaleImpl::getLocaleData(QxLcOptDataCtx::LcOptDataType t
         return a4 == 1 ? paper_a4 : paper_other;
     }
     case QxLcOptDataCtx::unittype: {
-        const int system = query_with_retry(categories_[lc_time].name, [](const char* id, UErrorCode* status) {
+        const int system = query_with_retry(slot(lc_time).name, [](const char* id, UErrorCode* status) {
             const UMeasurementSystem measurement = ulocdata_getMeasurementSystem(id, status);
             return measurement == UMS_SI ? 1 : measurement == UMS_UK ? 2 : 0;
         });

@@ -6,6 +6,7 @@
 #include <fl/i18n/locale.hpp>
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 namespace fl::i18n {
@@ -49,9 +50,13 @@ private:
 
     const category_slot& slot(LcCategory category) const;
     void store(LcCategory category, const std::string& name, const std::string& modifiers);
+    bool shared_by_another(std::size_t setting, std::size_t category) const noexcept;
 
     const detail::locale_registry* registry_;
-    std::array<category_slot, 6> categories_;
+    // Most locales give all six categories one setting, so the distinct settings are kept once
+    // and each category points at its own; an entry no category points at is free.
+    std::array<category_slot, 6> settings_;
+    std::array<std::uint8_t, 6> setting_of_{};
     std::string encoding_;
     std::string terminal_encoding_;
 };

@@ -196,6 +196,12 @@ std::string compose_extras(const parsed_locale_name& parsed)
     return out;
 }
 
-std::string_view strip_name(std::string_view name) noexcept { return name.substr(0, name.find_first_of(".@")); }
+std::string_view strip_name(std::string_view name) noexcept
+{
+    std::size_t end = 0;
+    while (end < name.size() && name[end] != '.' && name[end] != '@')
+        ++end;
+    return name.substr(0, end);
+}
 
 }  // namespace fl::i18n

@@ -22,6 +22,14 @@ using fl::i18n::strip_name;
 /// empty_language_row when there is none.
 language_row resolve_language_row(const locale_registry& registry, const parsed_locale_name& parsed);
 
+/// The parts of a name that choose a row, as views into the caller's text.
+struct row_query {
+    std::string_view language;
+    std::string_view script;
+    std::string_view territory;
+};
+language_row resolve_language_row(const locale_registry& registry, const row_query& query);
+
 /// The row written as language["-" Script]["_" TERRITORY] in the table's letter case.
 std::string compose_row_name(const locale_registry& registry, const language_row& row);
 

@@ -4,6 +4,7 @@
 #include "locale_name.hpp"
 #include "locale_tables.hpp"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace fl::i18n::detail {
@@ -78,8 +79,31 @@ void locale_registry::fill_scripts()
 void locale_registry::fill_territories()
 {
     const auto table = tables::territories();
-    for (std::size_t i = 0; i < table.size; ++i)
-        territory_index_.emplace(lower_key(checked(table[i])), static_cast<std::uint16_t>(i));
+    territory_by_code_.fill(no_index);
+    territory_code_start_.reserve(table.size + 1);
+    for (std::size_t i = 0; i < table.size; ++i) {
+        const std::string text = checked(table[i]);
+        territory_index_.emplace(lower_key(text), static_cast<std::uint16_t>(i));
+        // A group is codes separated by single blanks; a search for one code within it must not
+        // be able to match across a blank or inside a longer code.
+        territory_code_start_.push_back(static_cast<std::uint32_t>(territory_codes_.size()));
+        std::size_t at = 0;
+        for (;;) {
+            const std::size_t end = std::min(text.find(' ', at), text.size());
+            const int code = territory_code(std::string_view(text).substr(at, end - at));
+            if (code < 0)
+                throw std::logic_error("territory string that is not a list of codes: " + std::string(text));
+            territory_codes_.push_back(static_cast<std::uint16_t>(code));
+            if (end == text.size())
+                break;
+            at = end + 1;
+        }
+        auto& single = territory_by_code_[territory_codes_.back()];
+        if (territory_codes_.size() - territory_code_start_.back() == 1 && single == no_index)
+            single = static_cast<std::uint16_t>(i);
+        std::sort(territory_codes_.begin() + territory_code_start_.back(), territory_codes_.end());
+    }
+    territory_code_start_.push_back(static_cast<std::uint32_t>(territory_codes_.size()));
 }
 
 void locale_registry::fill_language_rows()
@@ -95,6 +119,11 @@ void locale_registry::fill_language_rows()
         row.is_default = static_cast<std::uint8_t>(values[i + 4] & 0xFF);
         if (language_text(row.language) == nullptr)
             throw std::logic_error("language row without a language");
+        const bool in_range = (row.script == no_index || script_text(row.script) != nullptr) &&
+                              (row.territory == no_index || territory_text(row.territory) != nullptr) &&
+                              (row.encoding == no_index || encoding_name_by_id(row.encoding) != nullptr);
+        if (!in_range)
+            throw std::logic_error("language row with an index outside its table");
         rows_.push_back(row);
     }
     // Rows are sorted by language, so each language owns one run of the vector.
@@ -227,6 +256,32 @@ std::uint16_t locale_registry::territory_index_of(std::string_view territory) co
 {
     const auto* index = find_value(territory_index_, lower_key(territory));
     return index ? *index : no_index;
+}
+
+int locale_registry::territory_code(std::string_view upper) noexcept
+{
+    const auto letter = [](char c) { return c >= 'A' && c <= 'Z'; };
+    const auto digit = [](char c) { return c >= '0' && c <= '9'; };
+    if (upper.size() == 2 && letter(upper[0]) && letter(upper[1]))
+        return (upper[0] - 'A') * 26 + (upper[1] - 'A');
+    if (upper.size() == 3 && digit(upper[0]) && digit(upper[1]) && digit(upper[2]))
+        return 26 * 26 + (upper[0] - '0') * 100 + (upper[1] - '0') * 10 + (upper[2] - '0');
+    return -1;
+}
+
+bool locale_registry::territory_holds(std::uint16_t territory, int code) const noexcept
+{
+    if (code < 0 || std::size_t{territory} + 1 >= territory_code_start_.size())
+        return false;
+    const auto first = territory_codes_.begin() + territory_code_start_[territory];
+    const auto last = territory_codes_.begin() + territory_code_start_[territory + 1u];
+    return std::binary_search(first, last, static_cast<std::uint16_t>(code));
+}
+
+std::uint16_t locale_registry::territory_index_of_code(int code) const noexcept
+{
+    return code < 0 || static_cast<std::size_t>(code) >= territory_code_count ? no_index
+                                                                             : territory_by_code_[static_cast<std::size_t>(code)];
 }
 
 const char* locale_registry::language_text(std::uint16_t index) const noexcept

@@ -2,6 +2,7 @@
 // compiled-in tables and later extended by the locale database.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -72,6 +73,13 @@ public:
     language_row_range rows_of(std::string_view language) const;
     std::uint16_t script_index_of(std::string_view script) const;
     std::uint16_t territory_index_of(std::string_view territory) const;
+
+    /// A territory code ("DE", "419") as a small number, or -1 for anything else; upper case only.
+    static int territory_code(std::string_view upper) noexcept;
+    /// Whether the territory string at `territory` (a code or a group) holds the code `code`.
+    bool territory_holds(std::uint16_t territory, int code) const noexcept;
+    /// The table index of the single code `code`, or no_index.
+    std::uint16_t territory_index_of_code(int code) const noexcept;
     /// Table texts by index; null for no_index or an index out of range.
     const char* language_text(std::uint16_t index) const noexcept;
     const char* script_text(std::uint16_t index) const noexcept;
@@ -107,6 +115,12 @@ private:
     string_map<const char*> xpg_name_;
     string_map<const char*> compat_encoding_;
     string_map<const char*> lc_option_;
+
+    // Each territory string split into its codes, so that a group is searched without text scans.
+    static constexpr std::size_t territory_code_count = 26 * 26 + 1000;
+    std::vector<std::uint16_t> territory_codes_;       // sorted within each string
+    std::vector<std::uint32_t> territory_code_start_;  // one more than there are territories
+    std::array<std::uint16_t, territory_code_count> territory_by_code_{};
 
     std::vector<language_row> rows_;
     std::unordered_set<std::string> pool_;

@@ -25,8 +25,9 @@ table=$(paste <(printf '%s\n' "$symbols" | tr ' ' '\t') \
 
 ours="^([^ (]+ )?($ns_alt)::"
 ours_inside="(^|<)($ns_alt)::"
-# A return type may stand before the name; "decltype(auto)" is the one with parentheses.
-library_template="^((decltype\\(auto\\)|[^ (]+) )?(std|__gnu_cxx|boost)::"
+# A return type of one or more words ("unsigned short*") may stand before the name;
+# "decltype(auto)" is the one with parentheses.
+library_template="^((decltype\\(auto\\)|[^ (]+) )*(std|__gnu_cxx|boost)::"
 # ICU renames its C symbols with a version suffix (ucnv_open_72) and its classes into icu_72::.
 foreign_raw="^XML_|^Xml[A-Z]|^[A-Za-z][A-Za-z0-9_]*_[0-9]+$"
 foreign_demangled="icu(_[0-9]+)?::"

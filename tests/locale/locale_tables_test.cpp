@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -164,6 +166,62 @@ TEST(canonical_locale_name, places_every_alias_target)
 {
     for (const char* target : tables::alias_targets())
         EXPECT_FALSE(canonical_locale_name(registry(), target).empty()) << target;
+}
+
+// Groups are searched by code number; the answer must be the one a plain text search of the
+// group string gives for every code a name can carry.
+TEST(locale_registry, finds_territory_codes_as_a_text_search_would)
+{
+    std::vector<std::string> queries;
+    for (char a = 'A'; a <= 'Z'; ++a)
+        for (char b = 'A'; b <= 'Z'; ++b)
+            queries.push_back({a, b});
+    for (int n = 0; n < 1000; ++n)
+        queries.push_back(std::to_string(1000 + n).substr(1));
+    const auto territories = tables::territories();
+    for (std::uint16_t t = 0; t < territories.size; ++t) {
+        for (const std::string& query : queries) {
+            const int code = locale_registry::territory_code(query);
+            ASSERT_GE(code, 0) << query;
+            const bool found = std::strstr(territories[t], query.c_str()) != nullptr;
+            ASSERT_EQ(registry().territory_holds(t, code), found) << territories[t] << " / " << query;
+            if (found) {
+                EXPECT_EQ(registry().territory_index_of_code(code), registry().territory_index_of(query)) << query;
+            }
+        }
+    }
+    for (const char* not_a_code : {"", "D", "de", "DEU", "1A", "12", "1234", "A1"})
+        EXPECT_EQ(locale_registry::territory_code(not_a_code), -1) << not_a_code;
+    EXPECT_FALSE(registry().territory_holds(no_index, locale_registry::territory_code("DE")));
+    EXPECT_FALSE(registry().territory_holds(0, -1));
+}
+
+// Short names take a quicker path than the full grammar; both must choose the same row.
+TEST(canonical_locale_name, short_names_agree_with_the_full_grammar)
+{
+    std::vector<std::string> territories = {"", "ZZ", "001"};
+    for (const char* territory : tables::territories())
+        if (std::strlen(territory) == 2)
+            territories.emplace_back(territory);
+    std::size_t placed = 0;
+    for (const char* language : tables::languages()) {
+        for (const std::string& territory : territories) {
+            for (const char* separator : {"_", "-"}) {
+                const std::string name = territory.empty() ? language : language + (separator + territory);
+                if (registry().find_locale_alias(name) != nullptr)
+                    continue;
+                const std::string expected =
+                    compose_row_name(registry(), resolve_language_row(registry(), parse_locale_name(name)));
+                ASSERT_EQ(canonical_locale_name(registry(), name), expected) << name;
+                placed += expected.empty() ? 0 : 1;
+            }
+        }
+    }
+    EXPECT_GT(placed, 1000u);
+    for (const char* odd : {"d", "deu_DE", "de_D", "de_DEU", "de__DE", "de_DE_", "de1_DE", "de_D3", "de_DE@"})
+        EXPECT_EQ(canonical_locale_name(registry(), odd),
+                  compose_row_name(registry(), resolve_language_row(registry(), parse_locale_name(odd))))
+            << odd;
 }
 
 TEST(locale_registry, gives_default_encodings)

@@ -5,6 +5,9 @@
 #include <unicode/ulocdata.h>
 
 #include <array>
+#include <cstdint>
+#include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -145,6 +148,40 @@ TEST(QxLocale, sets_single_categories_and_keeps_the_encoding)
     } catch (const fl::i18n::QxLcInvLcName& e) {
         EXPECT_EQ(e.getDetail(), "BOGUS");
     }
+}
+
+// Categories with equal settings share storage; a long run of changes against a plain model
+// must never let one category's change show through another.
+TEST(QxLocale, keeps_each_category_through_any_run_of_settings)
+{
+    struct setting {
+        const char* text;
+        const char* name;
+        const char* messages_name;
+        const char* modifiers;
+    };
+    const setting settings[] = {
+        {"de_DE", "de_DE", "de_DE", ""},   {"fr_FR@x", "fr_FR", "fr_FR", "x"}, {"ja_JP", "ja_JP", "ja_JP", ""},
+        {"C", "en_US_POSIX", "en_US", ""}, {"de_DE@euro", "de_DE", "de_DE", "euro"},
+    };
+    std::shared_ptr<QxLocale> locale = QxLocale::createLocale("de_DE");
+    std::array<const setting*, 6> model;
+    model.fill(&settings[0]);
+    std::uint32_t random = 12345;
+    for (int step = 0; step < 400; ++step) {
+        random = random * 1103515245u + 12345u;
+        const std::size_t c = (random >> 8) % 6;
+        const setting& chosen = settings[(random >> 16) % std::size(settings)];
+        locale = QxLocale::createLocale(*locale, all_categories[c], chosen.text);
+        model[c] = &chosen;
+        for (std::size_t k = 0; k < 6; ++k) {
+            const auto category = all_categories[k];
+            const char* expected = category == QxLocale::lc_messages ? model[k]->messages_name : model[k]->name;
+            ASSERT_EQ(locale->getName(category), expected) << "step " << step << " category " << k;
+            ASSERT_EQ(locale->getModifiers(category), model[k]->modifiers) << "step " << step << " category " << k;
+        }
+    }
+    EXPECT_EQ(locale->getEncoding(), "ISO-8859-1");
 }
 
 TEST(QxLocale, compares_names_modifiers_and_encoding_only)
