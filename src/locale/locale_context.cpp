@@ -1,6 +1,7 @@
 // Creation of the locale context on first use, its event log and the default converters.
 #include "locale_context.hpp"
 
+#include "common/retry_once.hpp"
 #include "common/throw_exception.hpp"
 
 #include <fl/i18n/conversion_error.hpp>
@@ -14,8 +15,7 @@ namespace {
 
 constexpr std::string_view context_source = "QxLocaleCtx::initQxLcCtx";
 
-std::atomic<QxLocaleCtx*> context_pointer{nullptr};
-std::mutex creation_mutex;
+fl::detail::retry_once<QxLocaleCtx> context_region;
 
 // Opens the prototype on `encoding`; a refused encoding leaves the converter null without error.
 std::unique_ptr<converter_prototype> open_prototype(const std::string& encoding)
@@ -124,16 +124,8 @@ locale_entry& QxLocaleCtx::current()
 
 QxLocaleCtx& locale_context()
 {
-    if (QxLocaleCtx* context = context_pointer.load(std::memory_order_acquire))
-        return *context;
-    // A hand-made once-region: an exception leaves the pointer null, so the next caller retries.
-    std::lock_guard<std::mutex> lock(creation_mutex);
-    QxLocaleCtx* context = context_pointer.load(std::memory_order_relaxed);
-    if (context == nullptr) {
-        context = new QxLocaleCtx();  // never destroyed: locale references must outlive every caller
-        context_pointer.store(context, std::memory_order_release);
-    }
-    return *context;
+    // Never destroyed: locale references handed out must outlive every caller.
+    return context_region.get([] { return new QxLocaleCtx(); });
 }
 
 converter_ptr clone_current_converter()
