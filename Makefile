@@ -12,7 +12,8 @@ DEB_PACKAGES := cmake g++ make pkg-config locales \
 # libc locales that the tests and the benchmarks' glibc peers use, as SOURCE/CHARMAP/NAME; a
 # fresh Debian machine has only C and POSIX.
 LIBC_LOCALES := de_DE/ISO-8859-1/de_DE de_DE/UTF-8/de_DE.UTF-8 de_DE@euro/ISO-8859-15/de_DE@euro \
-  en_US/ISO-8859-1/en_US en_US/UTF-8/en_US.UTF-8 fr_FR/UTF-8/fr_FR.UTF-8 ja_JP/EUC-JP/ja_JP.eucJP \
+  en_US/ISO-8859-1/en_US en_US/UTF-8/en_US.UTF-8 fr_FR/ISO-8859-1/fr_FR fr_FR/UTF-8/fr_FR.UTF-8 \
+  ja_JP/EUC-JP/ja_JP.eucJP \
   ja_JP/UTF-8/ja_JP.UTF-8 tr_TR/UTF-8/tr_TR.UTF-8 zh_TW/UTF-8/zh_TW.UTF-8
 # Expat before this revision crashes on long entity chains.
 EXPAT_MIN := 2.5.0-1+deb12u5
@@ -38,8 +39,8 @@ deps:
 	  echo "deps: all packages present"; \
 	fi
 	@have=$$(localedef --list-archive 2>/dev/null); \
-	for spec in $(LIBC_LOCALES); do \
-	  source=$${spec%%/*}; rest=$${spec#*/}; charmap=$${rest%%/*}; name=$${rest#*/}; \
+	for entry in $(LIBC_LOCALES); do \
+	  source=$${entry%%/*}; rest=$${entry#*/}; charmap=$${rest%%/*}; name=$${rest#*/}; \
 	  base=$${name%%.*}; base=$${base%%@*}; \
 	  case $$name in *.*) codeset=$${name#*.}; codeset=$${codeset%%@*}; \
 	    codeset=.$$(printf '%s' "$$codeset" | tr -d '-' | tr 'A-Z' 'a-z');; *) codeset=;; esac; \
@@ -64,9 +65,10 @@ run: build
 
 bench: deps
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DQXI18N_BUILD_BENCH=ON -DQXI18N_BUILD_TESTS=OFF -DQXI18N_BUILD_TOOLS=OFF
-	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench qxi18n_bench_internal
+	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench qxi18n_bench_internal qxi18n_bench_startup
 	$(BENCH_DIR)/bin/qxi18n_bench
 	$(BENCH_DIR)/bin/qxi18n_bench_internal
+	$(BENCH_DIR)/bin/qxi18n_bench_startup
 
 clean:
 	rm -rf $(BUILD_DIR) $(BENCH_DIR)

@@ -1,5 +1,6 @@
-// qxi18n_bench: the library's conversions and locale operations timed against raw ICU, glibc and utf8cpp.
+// qxi18n_bench: conversions, locale operations and encoding names timed against raw ICU, glibc and utf8cpp.
 #include "conversion_benchmarks.hpp"
+#include "encoding_names_benchmarks.hpp"
 #include "locale_benchmarks.hpp"
 
 #include <benchmark/benchmark.h>
@@ -46,7 +47,8 @@ int main(int argc, char** argv)
 
     qxbench::register_conversion_benchmarks();
     qxbench::register_locale_benchmarks();
-    qxbench::locale_ratio_reporter reporter;
+    qxbench::register_encoding_name_benchmarks();
+    qxbench::encoding_ratio_reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_tables(std::cout);
     benchmark::Shutdown();

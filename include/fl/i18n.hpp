@@ -5,8 +5,13 @@
 #include <fl/i18n/conversion.hpp>
 #include <fl/i18n/conversion_error.hpp>
 #include <fl/i18n/converter.hpp>
+#include <fl/i18n/encoding_names.hpp>
+#include <fl/i18n/environment.hpp>
 #include <fl/i18n/export.hpp>
+#include <fl/i18n/initialize.hpp>
 #include <fl/i18n/locale.hpp>
+#include <fl/i18n/locale_database_error.hpp>
 #include <fl/i18n/locale_error.hpp>
+#include <fl/i18n/locale_management.hpp>
 #include <fl/i18n/locale_name.hpp>
 #include <fl/i18n/ustring.hpp>

@@ -38,4 +38,30 @@ private:
     std::mutex mutex_;
 };
 
+/// The same region for a step that publishes nothing: `f` runs until one run returns normally.
+class retry_once_flag {
+public:
+    constexpr retry_once_flag() noexcept = default;
+    retry_once_flag(const retry_once_flag&) = delete;
+    retry_once_flag& operator=(const retry_once_flag&) = delete;
+
+    template <class F>
+    void call(F&& f)
+    {
+        if (done_.load(std::memory_order_acquire))
+            return;
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (done_.load(std::memory_order_relaxed))
+            return;
+        f();
+        done_.store(true, std::memory_order_release);
+    }
+
+    bool done() const noexcept { return done_.load(std::memory_order_acquire); }
+
+private:
+    std::atomic<bool> done_{false};
+    std::mutex mutex_;
+};
+
 }  // namespace fl::detail

@@ -49,7 +49,7 @@ QxLocaleCtx::QxLocaleCtx()
                                  "QXLOCALE_TERMINAL_ENCODING"}) {
         const char* value = std::getenv(variable);
         if (value != nullptr && *value != '\0')
-            system_setting.cached_variables.emplace(variable, value);
+            system_setting.env_cache.emplace(variable, value);
     }
     try {
         initQxLcCtx();

@@ -3,6 +3,7 @@
 
 #include "locale_impl.hpp"
 #include "locale_registry.hpp"
+#include "system_locale.hpp"
 
 #include "conversion/converter_state.hpp"
 
@@ -36,11 +37,6 @@ struct locale_entry {
     boost::thread_specific_ptr<converter_prototype> thread_converter;
 };
 
-/// What the context keeps of the process's settings; the QXLOCALE_ variables are read once.
-struct system_setting_context {
-    std::map<std::string, std::string> cached_variables;
-};
-
 class QxLocaleCtx {
 public:
     QxLocaleCtx();
@@ -56,6 +52,7 @@ public:
     std::vector<locale_entry*> locale_stack;  // [0] classic, back() global; guarded by global_mutex
     std::atomic<locale_entry*> current_entry{nullptr};
     std::atomic<const QxLocale*> system_locale_ref{nullptr};
+    std::unique_ptr<system_locale_resolver> resolver;  // made by start-up
     std::uint8_t l10n_enabled = 1;
     std::uint8_t global_locked = 0;
     std::mutex global_mutex;

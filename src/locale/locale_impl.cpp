@@ -4,7 +4,7 @@
 #include "locale_name.hpp"
 
 #include "common/throw_exception.hpp"
-#include "conversion/converter_state.hpp"
+#include "conversion/encoding_names.hpp"
 
 #include <unicode/ulocdata.h>
 
@@ -29,26 +29,6 @@ std::string canonical_or_throw(const detail::locale_registry& registry, const st
     if (canonical.empty())
         detail::throw_invalid_name(base);
     return canonical;
-}
-
-// ICU's MIME name, else its IANA name, else its WINDOWS name, else its own name.
-std::string icu_standard_name(const std::string& codeset)
-{
-    UErrorCode status = U_ZERO_ERROR;
-    const detail::converter_ptr converter(ucnv_open(codeset.c_str(), &status));
-    if (U_FAILURE(status) || !converter)
-        return {};
-    status = U_ZERO_ERROR;
-    const char* icu_name = ucnv_getName(converter.get(), &status);
-    if (U_FAILURE(status) || icu_name == nullptr || *icu_name == '\0')
-        return {};
-    for (const char* standard : {"MIME", "IANA", "WINDOWS"}) {
-        status = U_ZERO_ERROR;
-        const char* name = ucnv_getStandardName(icu_name, standard, &status);
-        if (U_SUCCESS(status) && name != nullptr)
-            return name;
-    }
-    return icu_name;
 }
 
 // ICU's data for a locale id, retried with the POSIX locale on an error; 0 when both fail.

@@ -37,6 +37,7 @@ public:
     void set_category(const std::string& name, const std::string& modifiers, LcCategory category);
     /// Sets a slot from a caller's "name[.codeset][@modifiers]"; the codeset is checked, then dropped.
     void set_category_from_name(LcCategory category, const std::string& text);
+    void set_encoding(std::string encoding) { encoding_ = std::move(encoding); }
     void set_terminal_encoding(std::string encoding) { terminal_encoding_ = std::move(encoding); }
 
     const std::string& name_ref(LcCategory category) const { return slot(category).name; }

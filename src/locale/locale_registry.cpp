@@ -184,16 +184,16 @@ void locale_registry::fill_default_encodings()
 
 const char* locale_registry::find_standard_encoding(std::string_view name) const
 {
-    const auto* entry = find_value(encoding_by_name_, lower_key(name));
-    return entry ? (*entry)->name : nullptr;
+    const encoding_entry_context* entry = find_encoding_entry(name);
+    return entry ? entry->name : nullptr;
 }
 
 const char* locale_registry::find_jvm_encoding(std::string_view name) const
 {
-    const auto* entry = find_value(encoding_by_name_, lower_key(name));
+    const encoding_entry_context* entry = find_encoding_entry(name);
     if (entry == nullptr)
         return nullptr;
-    return (*entry)->jvm_name ? (*entry)->jvm_name : (*entry)->name;
+    return entry->jvm_name ? entry->jvm_name : entry->name;
 }
 
 const char* locale_registry::encoding_name_by_id(std::uint16_t id) const noexcept
@@ -238,6 +238,32 @@ const char* locale_registry::find_locale_alias(std::string_view name) const
 {
     const auto* target = find_value(alias_to_locale_, tag_key(name));
     return target ? *target : nullptr;
+}
+
+const char* locale_registry::find_region_alias(std::string_view name) const
+{
+    const auto* target = find_value(region_alias_to_locale_, tag_key(name));
+    return target ? *target : nullptr;
+}
+
+const char* locale_registry::find_xpg_name(std::string_view locale) const
+{
+    const auto* xpg = find_value(xpg_name_, tag_key(locale));
+    return xpg ? *xpg : nullptr;
+}
+
+const char* locale_registry::find_compat_encoding(std::string_view name) const
+{
+    // Stored under the standard name, so that every spelling of the encoding finds it.
+    const encoding_entry_context* entry = find_encoding_entry(name);
+    const auto* compat = find_value(compat_encoding_, lower_key(entry ? std::string_view(entry->name) : name));
+    return compat ? *compat : nullptr;
+}
+
+const encoding_entry_context* locale_registry::find_encoding_entry(std::string_view name) const
+{
+    const auto* entry = find_value(encoding_by_name_, lower_key(name));
+    return entry ? entry->get() : nullptr;
 }
 
 language_row_range locale_registry::rows_of(std::string_view language) const

@@ -46,6 +46,17 @@ struct language_row_range {
     const language_row* end() const noexcept { return first + count; }
 };
 
+/// Results of the registry's database writes.
+enum write_result : int {
+    write_done = 0,
+    write_empty_input = 2,    ///< a required input was empty
+    write_conflict = 3,       ///< the value contradicts what the registry holds
+    write_not_canonical = 4,  ///< a locale or encoding name the registry cannot place
+};
+
+/// The two alias maps that the database writes.
+enum class alias_kind { locale, region };
+
 class locale_registry {
 public:
     /// Fills every map from the compiled-in tables; throws std::logic_error on a broken table.
@@ -69,6 +80,14 @@ public:
 
     /// The canonical target of an alias (matched as a tag key), or null.
     const char* find_locale_alias(std::string_view name) const;
+    /// The canonical target of a region alias (matched as a tag key), or null.
+    const char* find_region_alias(std::string_view name) const;
+    /// The XPG name the database gave a canonical locale name (matched as a tag key), or null.
+    const char* find_xpg_name(std::string_view locale) const;
+    /// The compatible encoding the database gave an encoding (any spelling), or null.
+    const char* find_compat_encoding(std::string_view name) const;
+    /// The record of any spelling of an encoding, or null.
+    const encoding_entry_context* find_encoding_entry(std::string_view name) const;
     /// The rows of a language code (matched as a lower key); empty for an unknown language.
     language_row_range rows_of(std::string_view language) const;
     std::uint16_t script_index_of(std::string_view script) const;
@@ -88,6 +107,28 @@ public:
     /// Keeps a copy of `text` for the registry's life and returns its one stored representation.
     const char* intern(std::string_view text);
 
+    // Writes of the locale database, made only during start-up under the context's mutex. Each
+    // stores every value or none, and returns a write_result. A locale name is stored in its
+    // canonical form; an encoding must be known to the registry or to ICU, and one that only ICU
+    // knows enters the registry under ICU's preferred name.
+
+    /// Sets default encoding and XPG name; the only write that may bring a new locale, which
+    /// must then be a plain language[-Script][_TERRITORY] name. The XPG name becomes an alias.
+    int modify_lc_entry(std::string_view name, std::string_view encoding, std::string_view xpg_name);
+    int modify_default_encoding(std::string_view name, std::string_view encoding);
+    /// Stores the XPG name and makes it an alias of the locale.
+    int modify_xpg_name(std::string_view name, std::string_view xpg_name);
+    /// Maps `alias` to the canonical form of `locale` in the locale or the region alias map.
+    int modify_alias(alias_kind kind, std::string_view locale, std::string_view alias);
+    /// Stores `value` under "locale:option".
+    int modify_option(std::string_view locale, std::string_view option, std::string_view value);
+    /// Replaces the encoding's record by one with `jvm_name`, and stores its compatible encoding.
+    int modify_encoding_entry(std::string_view name, std::string_view jvm_name, std::string_view compat);
+    int modify_jvm_name(std::string_view name, std::string_view jvm_name);
+    int modify_compat_encoding(std::string_view name, std::string_view compat);
+    /// Makes `alias` one more spelling of `encoding`.
+    int modify_encoding_alias(std::string_view encoding, std::string_view alias);
+
     /// Sizes of the maps, for diagnostics and table checks.
     std::size_t language_count() const noexcept { return language_rows_.size(); }
     std::size_t encoding_name_count() const noexcept { return encoding_by_name_.size(); }
@@ -104,6 +145,20 @@ private:
     void fill_encodings();
     void fill_aliases();
     void fill_default_encodings();
+
+    // An encoding as a write may use it: the record held, or a new one when ICU knows the name.
+    struct encoding_choice {
+        encoding_ptr entry;  // null when neither knows the name
+        bool is_new = false;
+    };
+    encoding_choice encoding_for_write(std::string_view name);
+    // Enters a new record under its standard name and under the spelling that brought it.
+    void add_encoding(const encoding_ptr& entry, std::string_view spelling);
+    // Keeps the one-record-per-encoding rule: every spelling that led to `held` leads to `fresh`.
+    void replace_encoding(const encoding_ptr& held, const encoding_ptr& fresh);
+    bool claims_other_locale(std::string_view alias, std::string_view canonical) const;
+    int compat_refusal(const encoding_choice& held, const encoding_choice& other) const;
+    void store_jvm_name(const encoding_choice& held, std::string_view spelling, std::string_view jvm_name);
 
     string_map<language_row_range> language_rows_;
     string_map<std::uint16_t> script_index_;

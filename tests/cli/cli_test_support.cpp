@@ -128,4 +128,23 @@ std::string icu_convert(const char* to, const char* from, const std::string& byt
 
 std::size_t count_lines(const std::string& text) { return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')); }
 
+std::map<std::string, fields> parse_blocks(const std::string& out)
+{
+    std::map<std::string, fields> blocks;
+    fields* current = nullptr;
+    for (std::size_t start = 0, end = 0; start < out.size(); start = end + 1) {
+        end = std::min(out.find('\n', start), out.size());
+        const std::string line = out.substr(start, end - start);
+        if (line.empty())
+            current = nullptr;
+        else if (current == nullptr)
+            current = &blocks[line];
+        else if (const std::size_t gap = line.find("  ", 2); line.rfind("  ", 0) == 0 && gap != std::string::npos)
+            (*current)[line.substr(2, gap - 2)] = line.substr(line.find_first_not_of(' ', gap));
+        else
+            ADD_FAILURE() << "not a field line: " << line;
+    }
+    return blocks;
+}
+
 }  // namespace qx_cli_test

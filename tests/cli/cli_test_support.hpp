@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,5 +34,10 @@ std::string sample_path(const std::string& name);
 std::string icu_convert(const char* to, const char* from, const std::string& bytes);
 
 std::size_t count_lines(const std::string& text);
+
+/// The "  label   value" lines of one block of output, by label.
+using fields = std::map<std::string, std::string>;
+/// Each block of a command's output (blocks are separated by empty lines) by its first line.
+std::map<std::string, fields> parse_blocks(const std::string& out);
 
 }  // namespace qx_cli_test

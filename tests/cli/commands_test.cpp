@@ -14,7 +14,8 @@ TEST(CliCommandUsage, HelpAndErrorsAreOneLineWithTheirStatus)
 {
     for (const args& help : {args{"--help"}, args{"-h"}, args{"convert", "--help"}, args{"convert", "-f", "UTF-8", "-h"},
                              args{"list-encodings", "--help"}, args{"demo", "--help"},
-                             args{"locale", "de_DE", "--help"}}) {
+                             args{"locale", "de_DE", "--help"}, args{"encoding", "--help"},
+                             args{"info", "--help"}}) {
         const run_result r = run_tool(help);
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(r.err, "");
@@ -27,15 +28,20 @@ TEST(CliCommandUsage, HelpAndErrorsAreOneLineWithTheirStatus)
         {{"convert", "-t", utf8}, 2, convert + "missing -f ENCODING"},
         {{"convert", "-f", utf8}, 2, convert + "missing -t ENCODING"},
         {{"convert", "-f", utf8, "-t"}, 2, convert + "option '-t' needs a value"},
-        {{"convert", "-f", "", "-t", utf8}, 2, convert + "empty encoding name"},
         {{"convert", "-f", utf8, "-t", utf8, "--bogus"}, 2, convert + "unknown option '--bogus'"},
         {{"convert", "-f", utf8, "-t", utf8, "--on-error=ignore"}, 2, convert + "unknown error mode 'ignore'"},
         {{"convert", "-f", utf8, "-t", utf8, "--piece-size=0"}, 2, convert + "piece size"},
         {{"convert", "-f", "no-such-encoding", "-t", utf8}, 2, convert + "unknown encoding 'no-such-encoding'"},
         {{"convert", "-f", utf8, "-t", "no-such-encoding"}, 2, convert + "unknown encoding 'no-such-encoding'"},
         {{"list-encodings", "extra"}, 2, "qxi18n: list-encodings: unexpected argument 'extra'"},
+        {{"info", "extra"}, 2, "qxi18n: info: unexpected argument 'extra'"},
+        {{"info", "--bogus"}, 2, "qxi18n: info: unknown option '--bogus'"},
         {{"locale"}, 2, "qxi18n: locale: missing locale name"},
         {{"locale", "de_DE", "--bogus"}, 2, "qxi18n: locale: unknown option '--bogus'"},
+        {{"encoding"}, 2, "qxi18n: encoding: missing encoding name"},
+        {{"encoding", "UTF-8", "-x"}, 2, "qxi18n: encoding: unknown option '-x'"},
+        {{"encoding", "no-such-encoding"}, 1, "qxi18n: encoding: 'no-such-encoding': unknown to the library and to ICU"},
+        {{"convert", "-f", "", "-t", "no-such-encoding"}, 2, convert + "unknown encoding 'no-such-encoding'"},
         {{"demo", "--samples"}, 2, "qxi18n: demo: option '--samples' needs a value"},
         {{"demo", "--samples", "/nonexistent/qxi18n"}, 1, "qxi18n: demo: no sample directory at"},
     };
@@ -54,6 +60,7 @@ TEST(CliCommandOutput, WriteErrorIsReportedOnce)
     if (::access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no writable /dev/full on this system";
     const std::string big = scratch_file("big.txt", std::string(300 * 1024, 'a'));
     for (const args& call : {args{"--help"}, args{"convert", "--help"}, args{"list-encodings"}, args{"demo"},
+                             args{"encoding", "Cp1252"},
                              args{"convert", "-f", "UTF-8", "-t", "UTF-16", sample_path("beyond-latin1.utf-8.txt")},
                              args{"convert", "-f", "UTF-8", "-t", "UTF-16LE", big}}) {
         const run_result r = run_tool(call, std::nullopt, "/dev/full");

@@ -1,33 +1,10 @@
 // `qxi18n locale` end to end: the block shown for a name, refused names, usage, and the demo's section.
 #include "cli_test_support.hpp"
 
-#include <map>
-
 namespace {
 
 using namespace qx_cli_test;
 using args = std::vector<std::string>;
-using fields = std::map<std::string, std::string>;
-
-// Each block of the output as its first line and its "  label   value" lines.
-std::map<std::string, fields> parse_blocks(const std::string& out)
-{
-    std::map<std::string, fields> blocks;
-    fields* current = nullptr;
-    for (std::size_t start = 0, end = 0; start < out.size(); start = end + 1) {
-        end = std::min(out.find('\n', start), out.size());
-        const std::string line = out.substr(start, end - start);
-        if (line.empty())
-            current = nullptr;
-        else if (current == nullptr)
-            current = &blocks[line];
-        else if (const std::size_t gap = line.find("  ", 2); line.rfind("  ", 0) == 0 && gap != std::string::npos)
-            (*current)[line.substr(2, gap - 2)] = line.substr(line.find_first_not_of(' ', gap));
-        else
-            ADD_FAILURE() << "not a field line: " << line;
-    }
-    return blocks;
-}
 
 TEST(CliLocale, ShowsWhatTheLibraryMakesOfEachName)
 {

@@ -149,7 +149,7 @@ TEST(QxLocaleCtx, reads_the_qxlocale_variables_once)
 {
     if (std::getenv("QXLOCALE_TERMINAL_ENCODING") == nullptr)
         GTEST_SKIP() << "needs the environment of the locale_context_variables test";
-    const auto& cached = locale_context().system_setting.cached_variables;
+    const auto& cached = locale_context().system_setting.env_cache;
     setenv("QXLOCALE_LCDATA_FILENAME", "late.xml", 1);
     EXPECT_EQ(cached, (std::map<std::string, std::string>{{"QXLOCALE_LCDATA_PATH", "/opt/lc"},
                                                           {"QXLOCALE_TERMINAL_ENCODING", "EUC-JP"}}));

@@ -1,4 +1,5 @@
 // Tests of libqxfoundation_filesystem: path strings, name encoding and the installation root.
+#include <fl/filesystem/foundation/fstream.hpp>
 #include <fl/filesystem/foundation/install_path.hpp>
 #include <fl/filesystem/foundation/pathname.hpp>
 #include <fl/filesystem/foundation/pathname_encoding.hpp>
@@ -60,6 +61,55 @@ TEST(PathStrings, JoinSplitAndNativeForm)
     };
     for (const auto& [path, remove_dots, expected] : native)
         EXPECT_EQ(detail::make_native_form(path, remove_dots), expected) << utf8_of(path) << " remove_dots=" << remove_dots;
+
+    // The traits give the same results, the narrow ones on the UTF-8 bytes of the same paths.
+    using wide = detail::path_traits<char16_t, char16_t>;
+    using narrow = detail::path_traits<char, char>;
+    for (const auto& [path, remove_dots, expected] : native) {
+        EXPECT_EQ(wide::make_native_form(path, remove_dots), expected) << utf8_of(path);
+        EXPECT_EQ(narrow::make_native_form(utf8_of(path), remove_dots), utf8_of(expected)) << utf8_of(path);
+    }
+    for (const auto& [head, tail, joined] : joins)
+        EXPECT_EQ(narrow::concatenate_pathname(utf8_of(head), utf8_of(tail)), utf8_of(joined)) << utf8_of(head);
+}
+
+// Native names need not be UTF-8; bytes other than '/' and '.' pass through untouched.
+TEST(PathTraits, NarrowFormsKeepArbitraryBytes)
+{
+    using narrow = detail::path_traits<char, char>;
+    EXPECT_EQ(narrow::make_native_form("\xFF//./\xC3\x28/", true), "\xFF/\xC3\x28");
+    EXPECT_EQ(narrow::make_native_form(std::string("a\0b//c", 6), false), std::string("a\0b/c", 5));
+    EXPECT_EQ(narrow::concatenate_pathname("\x80/", "/\xFE"), "\x80/\xFE");
+}
+
+TEST(BasicIfstream, ReadsBytesAndReportsFailuresThroughTheStateBits)
+{
+    std::string pattern = (stdfs::path(QXI18N_TEST_BINARY_DIR) / "tests" / "siblings" / "ifstream_").string() +
+                          std::string(6, 'X');
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr) << pattern;
+    const std::unique_ptr<const stdfs::path, void (*)(const stdfs::path*)> scratch(
+        new stdfs::path(pattern), [](const stdfs::path* p) { stdfs::remove_all(*p); delete p; });
+    const std::string bytes("\xEF\xBB\xBFline\r\n\0\xFF", 11);
+    const std::string file = (*scratch / "d\xC3\xA9j\xC3\xA0.bin").string();
+    std::ofstream(file, std::ios_base::binary) << bytes;
+
+    fl::filesystem::basic_ifstream<char> in(file, std::ios_base::binary);
+    ASSERT_TRUE(in.is_open());
+    std::string read(64, '\0');
+    in.read(read.data(), 64);
+    read.resize(static_cast<std::size_t>(in.gcount()));
+    EXPECT_EQ(read, bytes);
+    EXPECT_TRUE(in.eof());
+    EXPECT_FALSE(in.bad());
+
+    fl::filesystem::ifstream missing;
+    missing.open((*scratch / "missing").string());
+    EXPECT_FALSE(missing.is_open());
+    EXPECT_TRUE(missing.fail());
+    missing.clear();
+    missing.open(file.c_str());
+    EXPECT_TRUE(missing.is_open());
+    EXPECT_EQ(missing.get(), 0xEF);
 }
 
 // glibc's iconv is the reference codec: the converted bytes, or nothing if the input is malformed.

@@ -94,6 +94,12 @@ private:
 int run_convert(int argc, char** argv);
 int run_list_encodings(int argc, char** argv);
 int run_locale(int argc, char** argv);
+int run_encoding(int argc, char** argv);
+int run_info(int argc, char** argv);
 int run_demo(int argc, char** argv);
+
+/// The JVM's name of an encoding the library supports, given by its standard name; empty when
+/// the library does not support it.
+std::string jvm_encoding_name(const std::string& standard);
 
 }  // namespace qxi18n_tool

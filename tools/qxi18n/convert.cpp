@@ -3,6 +3,7 @@
 #include "transcoder.hpp"
 
 #include <fl/i18n/conversion_error.hpp>
+#include <fl/i18n/locale.hpp>
 
 #include <cerrno>
 #include <cstdio>
@@ -25,7 +26,8 @@ void print_help()
         "Usage: qxi18n convert -f FROM -t TO [--on-error=MODE] [FILE...]\n\n"
         "Converts each FILE from the encoding FROM to the encoding TO and writes the\n"
         "result to standard output. With no FILE, or for \"-\", reads standard input.\n"
-        "Encoding names and aliases are ICU's: see 'qxi18n list-encodings'.\n\n"
+        "Encoding names and aliases are ICU's: see 'qxi18n list-encodings'. An empty\n"
+        "name (-f '') is the library's default encoding, that of its global locale.\n\n"
         "Options:\n"
         "  -f, --from=ENCODING     encoding of the input\n"
         "  -t, --to=ENCODING       encoding of the output\n"
@@ -116,8 +118,10 @@ int run_convert(int argc, char** argv)
     }
     if (!have_from || !have_to)
         throw usage_error("convert", have_from ? "missing -t ENCODING" : "missing -f ENCODING");
-    if (settings.from.empty() || settings.to.empty())
-        throw usage_error("convert", "empty encoding name");
+    // An empty name is the library's default encoding, that of the global locale.
+    for (std::string* encoding : {&settings.from, &settings.to})
+        if (encoding->empty())
+            *encoding = QxLocale::global().getEncoding();
 
     std::unique_ptr<transcoder> engine;
     try {

@@ -5,9 +5,13 @@
 #include <fl/i18n/codecvt.hpp>
 #include <fl/i18n/conversion.hpp>
 #include <fl/i18n/conversion_error.hpp>
+#include <fl/i18n/encoding_names.hpp>
 #include <fl/i18n/locale.hpp>
+#include <fl/i18n/locale_management.hpp>
 
 #include <cstdio>
+#include <string>
+#include <variant>
 
 namespace qxi18n_tool::demo {
 
@@ -161,6 +165,47 @@ void show_locales(const context&)
                 "chain starts there. 'qxi18n locale NAME' shows every category of a name.\n");
 }
 
+void show_encoding_names(const context&)
+{
+    std::printf("get_standard_encoding_name gives each of the many names of an encoding one\n"
+                "spelling: the library's own for the encodings it lists, ICU's preferred name for\n"
+                "the others, and nothing for a name that neither knows.\n\n");
+    std::printf("  %-19s %-14s %-10s %s\n", "name", "standard", "supported", "JVM name");
+    for (const char* name : {"Cp1252", "1252", "eucjp", "UTF8", "MS932", "TIS620", "latin1", "ibm-5348_P100-1997",
+                             "ISO-2022-JP", "no-such-encoding"}) {
+        const std::string standard = get_standard_encoding_name(name);
+        const std::string jvm = jvm_encoding_name(standard);
+        std::printf("  %-19s %-14s %-10s %s\n", name, standard.empty() ? "(unknown)" : standard.c_str(),
+                    lcmgmt::is_supported_encoding(name) ? "yes" : "no", jvm.empty() ? "-" : jvm.c_str());
+    }
+    std::printf("\nListed names are matched ignoring ASCII case, without asking ICU (which takes\n"
+                "\"1252\" for no encoding at all); \"latin1\" and \"ibm-5348_P100-1997\" are ICU's\n"
+                "names of listed encodings. ISO-2022-JP converts, but the library does not list it.\n"
+                "'qxi18n encoding NAME' shows one name in full.\n");
+}
+
+void show_start_up(const context&)
+{
+    std::printf("The tool called fl::i18n::initialize() first, as a host does: the user's LANG and\n"
+                "LC_* became the system locale, the environment was rewritten to match, and the\n"
+                "global locale was pushed with numbers always in en_US_POSIX.\n\n");
+    const QxLocale& system = QxLocale::system();
+    const QxLocale& global = QxLocale::global();
+    std::printf("  status             %d, %s\n", QxLcUtil::getLcStatus(), QxLcUtil::getInitStatusMsg().c_str());
+    std::printf("  %-18s %-14s %s\n", "category", "system", "global");
+    for (const auto category : {QxLocale::lc_ctype, QxLocale::lc_numeric, QxLocale::lc_messages})
+        std::printf("  %-18s %-14s %s\n", QxLocale::getLcCategoryName(category).c_str(),
+                    system.getName(category).c_str(), global.getName(category).c_str());
+    std::printf("  %-18s %-14s %s\n", "encoding", system.getEncoding().c_str(), global.getEncoding().c_str());
+    std::printf("  %-18s %s\n", "terminal encoding",
+                std::get<std::string>(system.getLocaleData(QxLcOptDataCtx::termencoding)).c_str());
+    const auto paths = QxLcUtil::getDataPathNames();
+    std::printf("  %-18s %s\n", "locale database",
+                paths.empty() ? "(none)" : paths.begin()->second.c_str());
+    std::printf("\nThe library's own encoding is UTF-8 whatever the user's codeset; that codeset is\n"
+                "kept as the terminal encoding. Try 'LANG=de_DE.ISO-8859-1 qxi18n info'.\n");
+}
+
 }  // namespace
 
 const section sections[] = {
@@ -170,6 +215,8 @@ const section sections[] = {
     {"Characters that Latin-1 cannot hold", show_error_modes},
     {"Malformed input", show_malformed_input},
     {"Locales", show_locales},
+    {"Encoding names", show_encoding_names},
+    {"Start-up", show_start_up},
 };
 const std::size_t section_count = sizeof sections / sizeof sections[0];
 

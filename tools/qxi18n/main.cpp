@@ -1,6 +1,8 @@
 // qxi18n: the command-line face of libqxi18n; this file only dispatches to the subcommands.
 #include "cli.hpp"
 
+#include <fl/i18n/initialize.hpp>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -22,6 +24,8 @@ const command commands[] = {
     {"convert", "convert text from one encoding to another", run_convert},
     {"list-encodings", "list the encodings ICU can open, with their aliases", run_list_encodings},
     {"locale", "what the library makes of locale names", run_locale},
+    {"encoding", "the standard, ICU and JVM names of encoding names", run_encoding},
+    {"info", "what locale management made of this process (status, locales, event log)", run_info},
     {"demo", "a short tour of the library on the bundled sample texts", run_demo},
 };
 
@@ -41,6 +45,8 @@ void print_help()
 int run_guarded(const command& c, int argc, char** argv)
 {
     try {
+        // Every command sees the process as a host would: after the library's start-up.
+        fl::i18n::initialize();
         return c.run(argc, argv);
     } catch (const usage_error& e) {
         report(e.what());

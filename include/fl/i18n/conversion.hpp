@@ -1,4 +1,4 @@
-// Free functions between ustring and UTF-8, wide and 32-bit text, or a caller's converter.
+// Free functions between ustring and UTF-8, wide and 32-bit text, the default encoding or a caller's converter.
 #pragma once
 
 #include <fl/i18n/converter.hpp>
@@ -14,6 +14,17 @@ namespace fl::i18n {
 QXI18N_API ustring to_ustring(const std::string& source, const converter<char16_t, char>& cvt);
 QXI18N_API ustring to_ustring(const char* source, const converter<char16_t, char>& cvt);
 QXI18N_API std::string to_string(const ustring& source, const converter<char, char16_t>& cvt);
+
+/// The process's default encoding, that of the current global locale, to UTF-16 and back. Meant
+/// for text known to be ASCII (names, keys, numbers); other text is converted all the same, and
+/// reported on std::cout when QX_CHAR_ENCODING_DIAG was set as the library was loaded. A malformed
+/// sequence becomes U+FFFD and an unmappable character the encoding's substitution character:
+/// nothing throws for a character. Any length; lengths are in bytes and UTF-16 units. Empty or
+/// null input gives an empty result and makes no converter. Throws CvtConversionFailure when no
+/// converter can be made for the encoding. Safe from any thread: each call has its own converter.
+QXI18N_API ustring to_ustring(const std::string& source);
+QXI18N_API ustring to_ustring(const char* source);
+QXI18N_API std::string to_string(const ustring& source);
 
 /// Code points to UTF-16. Not validated: surrogate values pass unchanged, values above
 /// U+10FFFF give what the arithmetic gives. Null gives empty.

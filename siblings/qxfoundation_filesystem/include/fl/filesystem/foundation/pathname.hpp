@@ -3,6 +3,8 @@
 
 #include <fl/filesystem/foundation/config.hpp>
 
+#include <string>
+
 namespace fl::filesystem {
 
 /// The spelling of the special path components. Strings of char16_t, null-terminated.
@@ -40,6 +42,34 @@ QXFOUNDATION_FILESYSTEM_API bool is_absolute(const ustring& path);
 /// the file system because of symbolic links. The empty path stays empty. Never throws except
 /// std::bad_alloc.
 QXFOUNDATION_FILESYSTEM_API ustring make_native_form(const ustring& path, bool remove_current_directory);
+
+/// The path operations for one pair of unit types: those a caller holds and those a path is
+/// stored in.
+template <class External, class Internal>
+struct path_traits;
+
+/// UTF-16 paths kept in UTF-16.
+template <>
+struct path_traits<char16_t, char16_t> {
+    /// As detail::make_native_form.
+    static ustring make_native_form(const ustring& path, bool remove_current_directory)
+    {
+        return ::fl::filesystem::detail::make_native_form(path, remove_current_directory);
+    }
+};
+
+/// Native paths kept as the bytes the file system stores. The bytes need not be valid UTF-8:
+/// '/' and '.' never occur inside a multibyte sequence, so the results are those of the UTF-16
+/// operations, byte for byte.
+template <>
+struct path_traits<char, char> {
+    /// As detail::make_native_form.
+    QXFOUNDATION_FILESYSTEM_API static std::string make_native_form(const std::string& path,
+                                                                    bool remove_current_directory);
+    /// As detail::concatenate_pathname.
+    QXFOUNDATION_FILESYSTEM_API static std::string concatenate_pathname(const std::string& head,
+                                                                        const std::string& tail);
+};
 
 }  // namespace detail
 }  // namespace fl::filesystem

@@ -1,0 +1,126 @@
+// get_standard_encoding_name and is_supported_encoding: the table's spelling for every listed
+// name, ICU's preferred name for the rest, checked against raw ICU over every name ICU knows.
+// The table itself is internal, so this test links the library's objects.
+#include "conversion/encoding_names.hpp"
+#include "locale/locale_context.hpp"
+
+#include <fl/i18n/encoding_names.hpp>
+
+#include "conversion_test_support.hpp"
+
+#include <thread>
+
+namespace {
+
+using fl::i18n::get_standard_encoding_name;
+using fl::i18n::lcmgmt::is_supported_encoding;
+
+// The reference: ICU's MIME, IANA or WINDOWS name of what ucnv_open makes of `name`, else
+// ICU's own name; empty when ICU cannot open it.
+std::string icu_preferred_name(const char* name)
+{
+    UErrorCode ec = U_ZERO_ERROR;
+    const std::unique_ptr<UConverter, qx_test::ucnv_closer> converter(ucnv_open(name, &ec));
+    if (U_FAILURE(ec))
+        return "";
+    const char* icu_name = ucnv_getName(converter.get(), &ec);
+    for (const char* standard : {"MIME", "IANA", "WINDOWS"}) {
+        UErrorCode standard_ec = U_ZERO_ERROR;
+        const char* found = ucnv_getStandardName(icu_name, standard, &standard_ec);
+        if (U_SUCCESS(standard_ec) && found != nullptr && *found != '\0')
+            return found;
+    }
+    return icu_name;
+}
+
+TEST(get_standard_encoding_name, GivesTheTablesSpellingOrIcusPreferredName)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"Cp1252", "windows-1252"}, {"cp1252", "windows-1252"}, {"CP1252", "windows-1252"},
+        {"1252", "windows-1252"}, {"WINDOWS-1252", "windows-1252"}, {"UTF8", "UTF-8"}, {"utf8", "UTF-8"},
+        {"eucjp", "EUC-JP"}, {"ISO88591", "ISO-8859-1"}, {"MS932", "Shift_JIS"}, {"Shift_JIS", "Shift_JIS"},
+        {"shift_jis", "Shift_JIS"}, {"shift-jis", "Shift_JIS"}, {"windows-57002", "ISCII-DEV"},
+        {"TIS620", "windows-874"}, {"ibm-964_P110-1999", "EUC-TW"},
+        // Listed names never reach ICU, which cannot open "1250" and takes "949" and "950" for
+        // encodings of other rows or none.
+        {"1250", "windows-1250"}, {"949", "windows-949"}, {"950", "Big5"},
+        // Unlisted names that ICU resolves to a listed encoding take the table's spelling.
+        {"latin1", "ISO-8859-1"}, {"ibm-5348_P100-1997", "windows-1252"}, {"csISOLatin2", "ISO-8859-2"},
+        // Known to ICU alone: ICU's preferred name.
+        {"ISO-2022-JP", "ISO-2022-JP"}, {"UTF-16", "UTF-16"}, {"ibm-37", "IBM037"},
+        // Unknown to both: empty, never an exception. The empty name is whatever ICU makes of it.
+        {"no-such-encoding", ""}, {"", icu_preferred_name("")}, {std::string(200, 'x'), ""},
+    };
+    for (const auto& [name, expected] : cases)
+        EXPECT_EQ(get_standard_encoding_name(name), expected) << '"' << name << '"';
+}
+
+TEST(is_supported_encoding, ListedNamesAndNamesIcuResolvesToThem)
+{
+    for (const char* name : {"Cp1252", "utf8", "GB18030", "latin1", "ibm-964_P110-1999", "ibm-5348_P100-1997", "950"})
+        EXPECT_TRUE(is_supported_encoding(name)) << name;
+    for (const char* name : {"", "UTF-16", "ISO-2022-JP", "no-such-encoding", "ibm-37"})
+        EXPECT_FALSE(is_supported_encoding(name)) << name;
+}
+
+// Every name and alias ICU knows: the table's spelling if the table lists the name or ICU's
+// preferred name for it, else ICU's preferred name.
+TEST(get_standard_encoding_name, AgreesWithIcuOnEveryNameIcuKnows)
+{
+    const auto& registry = fl::i18n::detail::locale_context().registry;
+    std::size_t icu_only = 0;
+    for (int32_t i = 0; i < ucnv_countAvailable(); ++i) {
+        const char* converter = ucnv_getAvailableName(i);
+        UErrorCode ec = U_ZERO_ERROR;
+        const uint16_t aliases = ucnv_countAliases(converter, &ec);
+        for (uint16_t j = 0; j < aliases; ++j) {
+            const char* name = ucnv_getAlias(converter, j, &ec);
+            ASSERT_TRUE(U_SUCCESS(ec)) << converter;
+            const std::string preferred = icu_preferred_name(name);
+            const char* listed = registry.find_standard_encoding(name);
+            if (listed == nullptr)
+                listed = registry.find_standard_encoding(preferred);
+            icu_only += listed == nullptr ? 1 : 0;
+            EXPECT_EQ(get_standard_encoding_name(name), listed ? listed : preferred) << name;
+            EXPECT_EQ(is_supported_encoding(name), listed != nullptr) << name;
+            EXPECT_EQ(fl::i18n::detail::icu_standard_name(name), preferred) << name;
+        }
+    }
+    // Most of ICU's names are outside the table: the comparison covers the ICU path broadly.
+    EXPECT_GT(icu_only, 500U);
+}
+
+TEST(preferred_standard_name, TakesMimeThenIanaThenWindowsThenIcusName)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"ISO_8859-1:1987", "ISO-8859-1"},                 // MIME
+        {"ibm-1047", "IBM1047"},                           // IANA
+        {"ibm-1131_P100-1997", "ibm-1131_P100-1997"},      // none: ICU's name
+    };
+    for (const auto& [name, expected] : cases) {
+        UErrorCode ec = U_ZERO_ERROR;
+        const fl::i18n::detail::converter_ptr converter(ucnv_open(name, &ec));
+        ASSERT_TRUE(U_SUCCESS(ec)) << name;
+        EXPECT_EQ(fl::i18n::detail::preferred_standard_name(converter.get()), expected) << name;
+        EXPECT_EQ(fl::i18n::detail::icu_standard_name(name), expected) << name;
+    }
+}
+
+TEST(get_standard_encoding_name, ConcurrentCallsAgree)
+{
+    const std::vector<std::string> names{"Cp1252", "latin1", "ibm-964_P110-1999", "ISO-2022-JP", "nope", "eucjp"};
+    std::vector<std::string> expected;
+    for (const std::string& name : names) expected.push_back(get_standard_encoding_name(name));
+    std::vector<int> failures(4, 0);
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < failures.size(); ++t)
+        threads.emplace_back([&, t] {
+            for (int round = 0; round < 300; ++round)
+                for (std::size_t k = 0; k < names.size(); ++k)
+                    failures[t] += get_standard_encoding_name(names[k]) == expected[k] ? 0 : 1;
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(failures, std::vector<int>(4, 0));
+}
+
+}  // namespace
