@@ -108,7 +108,16 @@ TEST(startup, c_user)
 TEST(startup, locale_libc_lacks)
 {
     SCENARIO("locale_libc_lacks");
+    // The standard library refuses a locale that libc lacks, until start-up rewrites LANG.
+    EXPECT_FALSE(lcmgmt::is_std_locale_valid());
     initLcMgmtSystem();
+    EXPECT_TRUE(lcmgmt::is_std_locale_valid());
+    ::setenv("LANG", "xx_XX.UTF-8", 1);
+    ::setenv("LC_TIME", "xx_XX.UTF-8", 1);
+    EXPECT_FALSE(lcmgmt::is_std_locale_valid());
+    lcmgmt::fix_invalid_std_locale();
+    EXPECT_TRUE(lcmgmt::is_std_locale_valid());
+    EXPECT_EQ(env("LC_TIME"), "<unset>");
     // libc falls back to "C" without complaint, so as far as the library can tell all is well.
     EXPECT_EQ(QxLcUtil::getLcStatus(), 0);
     EXPECT_EQ(setting().target_env[detail::lang_index], "C");
