@@ -54,13 +54,6 @@ const char* icu_alias_standard_name(const char* name)
     return name;
 }
 
-// Operator new calls per iteration since `before`, as a column of the console and the table.
-void report_allocations(benchmark::State& state, std::uint64_t before)
-{
-    state.counters["allocs"] = benchmark::Counter(static_cast<double>(allocations_on_this_thread() - before),
-                                                  benchmark::Counter::kAvgIterations);
-}
-
 void add_name_rows(const name_case& c)
 {
     const std::string row = std::string(name_op) + "/" + c.name;
@@ -75,31 +68,14 @@ void add_name_rows(const name_case& c)
             std::string standard = fl::i18n::get_standard_encoding_name(name);
             benchmark::DoNotOptimize(standard.data());
         }
-        report_allocations(state, before);
+        count_allocations(state, before);
     });
     benchmark::RegisterBenchmark((row + "/icu").c_str(), [&c](benchmark::State& state) {
         const std::uint64_t before = allocations_on_this_thread();
         for (auto _ : state)
             benchmark::DoNotOptimize(icu_alias_standard_name(c.name));
-        report_allocations(state, before);
+        count_allocations(state, before);
     });
-}
-
-template <class Convert>
-void time_default(benchmark::State& state, const sample& input, Convert convert)
-{
-    if (convert(input.bytes) != input.units) {
-        state.SkipWithError("output differs from the expected text");
-        return;
-    }
-    const std::uint64_t before = allocations_on_this_thread();
-    for (auto _ : state) {
-        ustring result = convert(input.bytes);
-        benchmark::DoNotOptimize(result.data());
-        benchmark::ClobberMemory();
-    }
-    report_allocations(state, before);
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.bytes.size()));
 }
 
 // The default encoding is UTF-8 until start-up, so utf8_to_ustring does the same conversion
@@ -109,11 +85,11 @@ void add_default_rows(const size_step& size)
     const std::string row = std::string(default_op) + "/latin/" + size.label;
     const std::size_t bytes = size.bytes;
     benchmark::RegisterBenchmark((row + "/qxi18n").c_str(), [bytes](benchmark::State& state) {
-        time_default(state, sample_for(utf8_texts()[1], bytes),
+        time_checked_conversion(state, sample_for(utf8_texts()[1], bytes),
                      [](const std::string& s) { return fl::i18n::to_ustring(s); });
     });
     benchmark::RegisterBenchmark((row + "/utf8_to_ustring").c_str(), [bytes](benchmark::State& state) {
-        time_default(state, sample_for(utf8_texts()[1], bytes),
+        time_checked_conversion(state, sample_for(utf8_texts()[1], bytes),
                      [](const std::string& s) { return fl::i18n::utf8_to_ustring(s); });
     });
 }

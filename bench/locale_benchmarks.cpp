@@ -91,13 +91,6 @@ bool glibc_create(const std::string& name)
     return true;
 }
 
-// Operator new calls per iteration since `before`, as a column of the console and the table.
-void count_allocations(benchmark::State& state, std::uint64_t before)
-{
-    const auto calls = static_cast<double>(allocations_on_this_thread() - before);
-    state.counters["allocs"] = benchmark::Counter(calls, benchmark::Counter::kAvgIterations);
-}
-
 // Registers "op/case/impl"; an exception from the implementation skips the benchmark.
 void add(const std::string& row, const char* impl, std::function<void(benchmark::State&)> body)
 {
@@ -178,24 +171,6 @@ const sample& short_text()
     return sample_for(utf8_texts()[1], 32);
 }
 
-template <class Convert>
-void time_conversion(benchmark::State& state, Convert& convert)
-{
-    const sample& input = short_text();
-    if (convert(input.bytes) != input.units) {
-        state.SkipWithError("output differs from the expected text");
-        return;
-    }
-    const std::uint64_t before = allocations_on_this_thread();
-    for (auto _ : state) {
-        ustring result = convert(input.bytes);
-        benchmark::DoNotOptimize(result.data());
-        benchmark::ClobberMemory();
-    }
-    count_allocations(state, before);
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.bytes.size()));
-}
-
 void add_conversion_rows()
 {
     const std::string per_call = std::string(convert_op) + "/latin/32B/per_call";
@@ -204,11 +179,11 @@ void add_conversion_rows()
             const fl::i18n::codecvt_string_to_ustring cvt("", true);
             return fl::i18n::to_ustring(s, cvt);
         };
-        time_conversion(state, convert);
+        time_checked_conversion(state, short_text(), convert);
     });
     add(per_call, "icu", [](benchmark::State& state) {
         auto convert = [](const std::string& s) { return peer::icu_codepage("UTF-8").to_utf16(s); };
-        time_conversion(state, convert);
+        time_checked_conversion(state, short_text(), convert);
     });
 
     const std::string reused = std::string(convert_op) + "/latin/32B/reused";
@@ -216,11 +191,11 @@ void add_conversion_rows()
         auto convert = [cvt = fl::i18n::codecvt_string_to_ustring("", true)](const std::string& s) {
             return fl::i18n::to_ustring(s, cvt);
         };
-        time_conversion(state, convert);
+        time_checked_conversion(state, short_text(), convert);
     });
     add(reused, "icu", [](benchmark::State& state) {
         auto convert = [cnv = peer::icu_codepage("UTF-8")](const std::string& s) { return cnv.to_utf16(s); };
-        time_conversion(state, convert);
+        time_checked_conversion(state, short_text(), convert);
     });
 }
 
@@ -336,13 +311,9 @@ int locale_ratio_reporter::print_locale_table(std::ostream& out) const
                   "vs mutex ", "targets, refused names");
     out << line;
 
-    std::vector<std::pair<int64_t, std::string>> ordered;
-    for (const auto& [row, order] : rows_)
-        ordered.emplace_back(order, row);
-    std::sort(ordered.begin(), ordered.end());
 
     int misses = 0;
-    for (const auto& [order, row] : ordered) {
+    for (const std::string& row : in_registration_order(rows_)) {
         const row_name parts = split(row + "/");
         const std::optional<double> ours = time_of(row, "qxi18n");
         const auto mine = results_.find(row + "/qxi18n");

@@ -99,13 +99,9 @@ int ratio_reporter::print_table(std::ostream& out) const
                   "size", "qxi18n", peers[0].title, peers[1].title, peers[2].title, "targets");
     out << line;
 
-    std::vector<std::pair<int64_t, std::string>> ordered;
-    for (const auto& [row, order] : rows_)
-        ordered.emplace_back(order, row);
-    std::sort(ordered.begin(), ordered.end());
 
     int misses = 0;
-    for (const auto& [order, row] : ordered) {
+    for (const std::string& row : in_registration_order(rows_)) {
         const std::string label = size_label_of(row);
         const std::string head = row.substr(0, row.size() - label.size() - 1);
         const std::size_t slash = head.find('/');
@@ -145,6 +141,18 @@ int ratio_reporter::print_table(std::ostream& out) const
     }
     out << "\n" << misses << " of " << rows_.size() << " rows miss a target.\n";
     return misses;
+}
+
+std::vector<std::string> in_registration_order(const std::map<std::string, int64_t>& rows)
+{
+    std::vector<std::pair<int64_t, std::string>> ordered;
+    for (const auto& [row, order] : rows)
+        ordered.emplace_back(order, row);
+    std::sort(ordered.begin(), ordered.end());
+    std::vector<std::string> names;
+    for (auto& entry : ordered)
+        names.push_back(std::move(entry.second));
+    return names;
 }
 
 }  // namespace qxbench

@@ -23,6 +23,9 @@ std::string format_time(double seconds);
 
 /// Passes the per-benchmark lines to the console (only the median when repeated) and records
 /// the real time per call of every run, keyed by benchmark name "op/text/size/implementation".
+/// Row names in the order their benchmarks were registered.
+std::vector<std::string> in_registration_order(const std::map<std::string, int64_t>& rows);
+
 class ratio_reporter : public benchmark::ConsoleReporter {
 public:
     ratio_reporter();
