@@ -2,6 +2,7 @@
 #include "converter_state.hpp"
 
 #include "conversion_internal.hpp"
+#include "encoding_names.hpp"
 
 #include <cstring>
 
@@ -25,21 +26,7 @@ const std::string& converter_state::standard_name() const
         return no_name_;
     if (!standard_name_.empty())
         return standard_name_;
-    if (icu_name_.empty()) {
-        UErrorCode status = U_ZERO_ERROR;
-        const char* name = ucnv_getName(converter_.get(), &status);
-        if (U_SUCCESS(status) && name)
-            icu_name_ = name;
-    }
-    for (const char* standard : {"MIME", "IANA", "WINDOWS"}) {
-        UErrorCode status = U_ZERO_ERROR;
-        const char* name = ucnv_getStandardName(icu_name_.c_str(), standard, &status);
-        if (U_SUCCESS(status) && name && *name) {
-            standard_name_ = name;
-            return standard_name_;
-        }
-    }
-    standard_name_ = icu_name_;
+    standard_name_ = preferred_standard_name(converter_.get());
     return standard_name_;
 }
 

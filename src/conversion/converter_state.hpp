@@ -62,7 +62,6 @@ private:
     UConverterToUCallback saved_to_action_ = nullptr;
     const void* saved_from_context_ = nullptr;
     const void* saved_to_context_ = nullptr;
-    mutable std::string icu_name_;
     mutable std::string standard_name_;
     const std::string no_name_;
 };
