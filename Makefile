@@ -8,7 +8,7 @@ CMAKE_FLAGS ?=
 DEB_PACKAGES := cmake g++ make pkg-config locales \
   libicu-dev libexpat1-dev \
   libboost-dev libboost-filesystem-dev libboost-thread-dev libboost-date-time-dev libboost-system-dev \
-  libgtest-dev libgmock-dev libbenchmark-dev libutfcpp-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libutfcpp-dev unicode-data bzip2
 # libc locales that the tests and the benchmarks' glibc peers use, as SOURCE/CHARMAP/NAME; a
 # fresh Debian machine has only C and POSIX.
 LIBC_LOCALES := de_DE/ISO-8859-1/de_DE de_DE/UTF-8/de_DE.UTF-8 de_DE@euro/ISO-8859-15/de_DE@euro \
