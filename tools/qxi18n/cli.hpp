@@ -96,6 +96,7 @@ int run_list_encodings(int argc, char** argv);
 int run_locale(int argc, char** argv);
 int run_encoding(int argc, char** argv);
 int run_info(int argc, char** argv);
+int run_text(int argc, char** argv);
 int run_demo(int argc, char** argv);
 
 /// The JVM's name of an encoding the library supports, given by its standard name; empty when

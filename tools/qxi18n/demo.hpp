@@ -22,6 +22,9 @@ struct section {
 extern const section sections[];
 extern const std::size_t section_count;
 
+/// The text engine's section, in a file of its own.
+void show_text_engine(const context& ctx);
+
 /// The bytes of `file` in the sample directory; throws read_error.
 std::string read_sample(const context& ctx, const std::string& file);
 /// `text` as UTF-8 for the terminal, first line only.

@@ -217,6 +217,7 @@ const section sections[] = {
     {"Locales", show_locales},
     {"Encoding names", show_encoding_names},
     {"Start-up", show_start_up},
+    {"Text engine", show_text_engine},
 };
 const std::size_t section_count = sizeof sections / sizeof sections[0];
 

@@ -26,6 +26,7 @@ const command commands[] = {
     {"locale", "what the library makes of locale names", run_locale},
     {"encoding", "the standard, ICU and JVM names of encoding names", run_encoding},
     {"info", "what locale management made of this process (status, locales, event log)", run_info},
+    {"text", "case, normal forms, diacritics, classes, comparison, search, matching, trimming", run_text},
     {"demo", "a short tour of the library on the bundled sample texts", run_demo},
 };
 
