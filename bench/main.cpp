@@ -1,7 +1,8 @@
-// qxi18n_bench: conversions, locale operations and encoding names timed against raw ICU, glibc and utf8cpp.
+// qxi18n_bench: conversions, locales, encoding names and text timed against ICU, glibc, utf8cpp, std::regex.
 #include "conversion_benchmarks.hpp"
 #include "encoding_names_benchmarks.hpp"
 #include "locale_benchmarks.hpp"
+#include "text_benchmarks.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -13,7 +14,7 @@
 
 int main(int argc, char** argv)
 {
-    // Defaults that keep a full run near a minute and a half; flags given on the command line
+    // Defaults that keep a full run near two and a half minutes; flags given on the command line
     // come later and win. Repetitions interleaved at random spread the load of other processes
     // evenly over the library and its peers, and the table takes the best of them.
     static char min_time[] = "--benchmark_min_time=0.1";
@@ -48,7 +49,8 @@ int main(int argc, char** argv)
     qxbench::register_conversion_benchmarks();
     qxbench::register_locale_benchmarks();
     qxbench::register_encoding_name_benchmarks();
-    qxbench::encoding_ratio_reporter reporter;
+    qxbench::register_text_benchmarks();
+    qxbench::text_ratio_reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_tables(std::cout);
     benchmark::Shutdown();
