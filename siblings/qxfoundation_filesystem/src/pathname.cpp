@@ -31,6 +31,27 @@ ustring concatenate_pathname(const ustring& head, const ustring& tail)
     return result;
 }
 
+ustring concatenate_pathname(const ustring& head, const ustring& tail, bool native)
+{
+    ustring joined = concatenate_pathname(head, tail);
+    return native ? make_native_form(joined, true) : joined;
+}
+
+ustring extract_parent_path(const ustring& path)
+{
+    const std::size_t end = path.find_last_not_of(separator);
+    if (end == ustring::npos)
+        return {};
+    const std::size_t last = path.rfind(separator, end);
+    if (last == ustring::npos)
+        return {};
+    const std::size_t keep = path.find_last_not_of(separator, last);
+    // Only separators before the last component: the parent is the root.
+    if (keep == ustring::npos)
+        return ustring(1, separator);
+    return path.substr(0, keep + 1);
+}
+
 ustring extract_filename(const ustring& path)
 {
     const std::size_t last = path.rfind(separator);

@@ -22,6 +22,14 @@ namespace detail {
 /// std::bad_alloc; safe on any input.
 QXFOUNDATION_FILESYSTEM_API ustring concatenate_pathname(const ustring& head, const ustring& tail);
 
+/// Joins as the two-argument form; with `native` true the result is then put in native form
+/// (make_native_form(result, true)), so that a tail like "./b//" leaves no "." or "//" behind.
+QXFOUNDATION_FILESYSTEM_API ustring concatenate_pathname(const ustring& head, const ustring& tail, bool native);
+
+/// The path without its last component and the separator before it: "/a/b" gives "/a", "/a"
+/// gives "/", "a" and "/" give "". Trailing separators are ignored first ("a/b/" gives "a").
+QXFOUNDATION_FILESYSTEM_API ustring extract_parent_path(const ustring& path);
+
 /// The units after the last '/', or the whole path if it has none. "a/b/" and "/" give "".
 QXFOUNDATION_FILESYSTEM_API ustring extract_filename(const ustring& path);
 

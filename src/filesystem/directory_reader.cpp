@@ -1,0 +1,118 @@
+// The two directory readers, the entry record's name storage and the directory calls.
+#include "directory_internal.hpp"
+#include "filesystem_internal.hpp"
+
+#include "common/throw_exception.hpp"
+
+#include <fl/filesystem/filesystem_error.hpp>
+#include <fl/filesystem/foundation/file_status.hpp>
+
+#include <unicode/ustring.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace fl::filesystem::detail {
+
+directory_calls& directory_libc()
+{
+    static directory_calls calls{&::opendir, &::readdir, &::closedir, &::stat, &::lstat};
+    return calls;
+}
+
+void directory_entry_record::set_name(const char* bytes, std::size_t length)
+{
+    delete[] long_name;
+    long_name = nullptr;
+    if (length > inline_name_limit) {
+        long_name = new char[length + 1]();
+        std::memcpy(long_name, bytes, length);
+    } else {
+        std::memcpy(name, bytes, length);
+        name[length] = '\0';
+    }
+}
+
+directory_entry_context::directory_entry_context(const ustring& directory, const ustring& first_name)
+    : directory_name(directory), current_name(first_name),
+      native_directory(to_filesystem_bytes(absolute(directory)))
+{
+    errno = 0;
+    handle.reset(directory_libc().opendir(native_directory.c_str()));
+    open_error = handle ? 0 : errno;
+}
+
+// The handle's deleter closes a directory still open; a destructor cannot report its failure.
+directory_entry_context::~directory_entry_context() = default;
+
+std::string directory_entry_context::failure_path() const
+{
+    return to_filesystem_bytes(directory_name + upath_constant::PATHNAME_SEPARATOR + current_name);
+}
+
+bool directory_entry_context::read_one()
+{
+    if (!handle)
+        return false;
+    errno = 0;
+    const dirent* entry = directory_libc().readdir(handle.get());
+    if (entry == nullptr) {
+        if (errno != 0)
+            throw_file_system_error(errno, failure_path(), std::string());
+        // Released first, so that the handle is gone whatever closedir says.
+        if (directory_libc().closedir(handle.release()) != 0)
+            throw_file_system_error(errno, std::string(), std::string());
+        return false;
+    }
+    record->set_name(entry->d_name, std::strlen(entry->d_name));
+    record->entry_type = entry->d_type;
+    current_name = from_filesystem_bytes(record->name_bytes(), std::strlen(record->name_bytes()));
+    return true;
+}
+
+directory_entry_without_wc_support_context::directory_entry_without_wc_support_context(const ustring& directory)
+    : directory_entry_context(directory, ustring())
+{
+    if (open_error != 0)
+        throw_file_system_error(open_error, to_filesystem_bytes(directory_name), std::string());
+}
+
+bool directory_entry_without_wc_support_context::read_next() { return read_one(); }
+
+namespace {
+
+// Refuses a pattern before the directory is opened.
+const ustring& checked_file_name(const pattern_string_context& pattern)
+{
+    if (pattern.file_name().empty() || pattern.pattern().empty())
+        fl::detail::throw_exception(InvalidArgument("Empty file name or pattern string context", ustring(), {}));
+    const ustring& name = pattern.file_name();
+    if (u_strpbrk(name.c_str(), u"/") != nullptr)
+        fl::detail::throw_exception(InvalidArgument("Found invalid character in the file name", ustring(), {}));
+    return name;
+}
+
+}  // namespace
+
+directory_entry_with_wc_support_context::directory_entry_with_wc_support_context(
+    const ustring& directory, const pattern_string_context& pattern, bool ignore_pattern_errors)
+    : directory_entry_context(directory, checked_file_name(pattern))
+{
+    if (open_error != 0)
+        throw_file_system_error(open_error, failure_path(), std::string());
+    // A refused pattern that the caller chose to ignore leaves a matcher that matches nothing.
+    if (matcher.open(pattern.pattern(), mask) != fl::i18n::regex_success && !ignore_pattern_errors)
+        fl::detail::throw_exception(InvalidArgument("Pattern matching object can not be created", ustring(), {}));
+}
+
+bool directory_entry_with_wc_support_context::read_next()
+{
+    while (read_one()) {
+        fl::i18n::regex_status status = fl::i18n::regex_success;
+        if (matcher.matches(current_name, status))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace fl::filesystem::detail
