@@ -15,7 +15,8 @@ TEST(CliCommandUsage, HelpAndErrorsAreOneLineWithTheirStatus)
     for (const args& help : {args{"--help"}, args{"-h"}, args{"convert", "--help"}, args{"convert", "-f", "UTF-8", "-h"},
                              args{"list-encodings", "--help"}, args{"demo", "--help"},
                              args{"locale", "de_DE", "--help"}, args{"encoding", "--help"},
-                             args{"info", "--help"}}) {
+                             args{"info", "--help"}, args{"ls", "--help"}, args{"path", "--help"},
+                             args{"tmp", "--help"}}) {
         const run_result r = run_tool(help);
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(r.err, "");

@@ -8,6 +8,10 @@
 #include <string>
 #include <vector>
 
+namespace fl::filesystem {
+class FsysExceptionBase;
+}
+
 namespace qxi18n_tool {
 
 /// Exit statuses of every subcommand.
@@ -98,6 +102,15 @@ int run_encoding(int argc, char** argv);
 int run_info(int argc, char** argv);
 int run_text(int argc, char** argv);
 int run_demo(int argc, char** argv);
+int run_ls(int argc, char** argv);
+int run_path(int argc, char** argv);
+int run_tmp(int argc, char** argv);
+
+/// A file name from the command line, bytes of the default encoding, as UTF-16; bytes that do
+/// not decode throw the converter's exception.
+std::u16string file_name_argument(const std::string& arg);
+/// The key of a file-system exception and, when it names one, its path in UTF-8.
+std::string describe_failure(const fl::filesystem::FsysExceptionBase& e);
 
 /// The JVM's name of an encoding the library supports, given by its standard name; empty when
 /// the library does not support it.

@@ -24,6 +24,8 @@ extern const std::size_t section_count;
 
 /// The text engine's section, in a file of its own.
 void show_text_engine(const context& ctx);
+/// Directory listing, path comparison and name validation, in a file of its own.
+void show_files(const context& ctx);
 
 /// The bytes of `file` in the sample directory; throws read_error.
 std::string read_sample(const context& ctx, const std::string& file);

@@ -218,6 +218,7 @@ const section sections[] = {
     {"Encoding names", show_encoding_names},
     {"Start-up", show_start_up},
     {"Text engine", show_text_engine},
+    {"Files and directories", show_files},
 };
 const std::size_t section_count = sizeof sections / sizeof sections[0];
 

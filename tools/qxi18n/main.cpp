@@ -27,6 +27,9 @@ const command commands[] = {
     {"encoding", "the standard, ICU and JVM names of encoding names", run_encoding},
     {"info", "what locale management made of this process (status, locales, event log)", run_info},
     {"text", "case, normal forms, diacritics, classes, comparison, search, matching, trimming", run_text},
+    {"ls", "list directories, one level or a whole tree, with a wildcard filter", run_ls},
+    {"path", "compare paths and validate names by the rules of a volume", run_path},
+    {"tmp", "a fresh temporary file name, or a freshly created temporary file", run_tmp},
     {"demo", "a short tour of the library on the bundled sample texts", run_demo},
 };
 
