@@ -1,6 +1,7 @@
-// qxi18n_bench: conversions, locales, encoding names and text timed against ICU, glibc, utf8cpp, std::regex.
+// qxi18n_bench: conversions, locales, encoding names, text and paths against ICU, glibc, utf8cpp, std::regex, std::filesystem.
 #include "conversion_benchmarks.hpp"
 #include "encoding_names_benchmarks.hpp"
+#include "filesystem_benchmarks.hpp"
 #include "locale_benchmarks.hpp"
 #include "text_benchmarks.hpp"
 
@@ -50,7 +51,8 @@ int main(int argc, char** argv)
     qxbench::register_locale_benchmarks();
     qxbench::register_encoding_name_benchmarks();
     qxbench::register_text_benchmarks();
-    qxbench::text_ratio_reporter reporter;
+    qxbench::register_filesystem_benchmarks();
+    qxbench::filesystem_ratio_reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_tables(std::cout);
     benchmark::Shutdown();
