@@ -89,7 +89,7 @@ std::string time_text(const boost::posix_time::ptime& time)
         return "-";
     const auto date = time.date();
     const auto clock = time.time_of_day();
-    char text[40];
+    char text[96];  // room for any int in every field, so nothing is ever cut
     std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%06lld", static_cast<int>(date.year()),
                   static_cast<int>(date.month()), static_cast<int>(date.day()), static_cast<int>(clock.hours()),
                   static_cast<int>(clock.minutes()), static_cast<int>(clock.seconds()),
