@@ -17,86 +17,48 @@
 
 namespace {
 
-using foundation::ustring::detail::do_transform_impl;
-
 struct pipe_closer {
     void operator()(std::FILE* f) const noexcept { pclose(f); }
 };
-using pipe_ptr = std::unique_ptr<std::FILE, pipe_closer>;
-
-bool exists(const std::string& path)
-{
-    struct stat st {};
-    return ::stat(path.c_str(), &st) == 0;
-}
 
 // The file's lines, read plainly or through bzcat, which is how Debian ships it; empty if absent.
-std::vector<std::string> read_test_file(std::string& source)
+std::vector<std::string> read_test_file(std::string& command)
 {
     const std::string plain = std::string(QXI18N_UNICODE_DATA_DIR) + "/NormalizationTest.txt";
-    const std::string packed = plain + ".bz2";
-    std::string command;
-    if (exists(plain))
+    struct stat st {};
+    if (::stat(plain.c_str(), &st) == 0)
         command = "cat '" + plain + "'";
-    else if (exists(packed))
-        command = "bzcat '" + packed + "'";
+    else if (::stat((plain + ".bz2").c_str(), &st) == 0)
+        command = "bzcat '" + plain + ".bz2'";
     else
         return {};
-    source = command;
-    pipe_ptr pipe(popen(command.c_str(), "r"));
-    std::vector<std::string> lines;
-    if (!pipe)
-        return lines;
-    std::string line;
-    for (int c; (c = std::fgetc(pipe.get())) != EOF;) {
-        if (c != '\n') {
-            line.push_back(static_cast<char>(c));
-            continue;
-        }
-        lines.push_back(line);
-        line.clear();
+    const std::unique_ptr<std::FILE, pipe_closer> pipe(popen(command.c_str(), "r"));
+    std::vector<std::string> lines(1);
+    for (int c; pipe && (c = std::fgetc(pipe.get())) != EOF;) {
+        if (c == '\n')
+            lines.emplace_back();
+        else
+            lines.back().push_back(static_cast<char>(c));
     }
+    lines.pop_back();  // what follows the last line end: nothing in a well-formed file
     return lines;
 }
 
 void append_code_point(ustring& text, char32_t c)
 {
-    if (c < 0x10000) {
-        text.push_back(static_cast<char16_t>(c));
-        return;
-    }
-    text.push_back(static_cast<char16_t>(0xD7C0 + (c >> 10)));
-    text.push_back(static_cast<char16_t>(0xDC00 | (c & 0x3FF)));
+    if (c >= 0x10000)
+        text.push_back(static_cast<char16_t>(0xD7C0 + (c >> 10)));
+    text.push_back(static_cast<char16_t>(c >= 0x10000 ? 0xDC00 | (c & 0x3FF) : c));
 }
 
-ustring parse_column(const std::string& column)
+// NFC, NFD, NFKC and NFKD of a text, in that order.
+std::array<ustring, 4> normalise(const ustring& text)
 {
-    std::istringstream in(column);
-    ustring text;
-    for (std::string hex; in >> hex;)
-        append_code_point(text, static_cast<char32_t>(std::strtoul(hex.c_str(), nullptr, 16)));
-    return text;
-}
-
-struct forms {
-    ustring nfc, nfd, nfkc, nfkd;
-};
-
-forms normalise(const ustring& text)
-{
+    using foundation::ustring::detail::do_transform_impl;
     return {do_transform_impl(text.data(), text.size(), fl::i18n::to_nfc()),
             do_transform_impl(text.data(), text.size(), fl::i18n::to_nfd()),
             do_transform_impl(text.data(), text.size(), fl::i18n::to_nfkc()),
             do_transform_impl(text.data(), text.size(), fl::i18n::to_nfkd())};
-}
-
-std::string unicode_version()
-{
-    UVersionInfo version;
-    u_getUnicodeVersion(version);
-    char text[U_MAX_VERSION_STRING_LENGTH];
-    u_versionToString(version, text);
-    return text;
 }
 
 TEST(NormalizationConformance, every_invariant_of_the_unicode_test_file)
@@ -107,37 +69,39 @@ TEST(NormalizationConformance, every_invariant_of_the_unicode_test_file)
         GTEST_SKIP() << "NormalizationTest.txt(.bz2) not found or unreadable under " << QXI18N_UNICODE_DATA_DIR
                      << " (Debian package unicode-data)";
     // ICU drops a trailing ".0" from its version; the file names all three fields.
-    const std::string icu_version = unicode_version();
-    if (lines.front().rfind("# NormalizationTest-" + icu_version + ".", 0) != 0)
+    UVersionInfo version;
+    u_getUnicodeVersion(version);
+    char icu_version[U_MAX_VERSION_STRING_LENGTH];
+    u_versionToString(version, icu_version);
+    if (lines.front().rfind("# NormalizationTest-" + std::string(icu_version) + ".", 0) != 0)
         GTEST_SKIP() << "the file is " << lines.front() << " but ICU implements Unicode " << icu_version;
 
+    // Each line's columns c1 to c5 and, for each column's forms, the column each must equal.
+    constexpr int nfc_of[5] = {1, 1, 1, 3, 3}, nfd_of[5] = {2, 2, 2, 4, 4};
     std::set<char32_t> part1;
     bool in_part1 = false;
     std::size_t checked = 0;
     for (std::size_t n = 0; n < lines.size(); ++n) {
         const std::string& line = lines[n];
-        if (line.empty() || line[0] == '#')
+        if (!line.empty() && line[0] == '@')
+            in_part1 = line.rfind("@Part1", 0) == 0;
+        if (line.empty() || line[0] == '#' || line[0] == '@')
             continue;
-        if (line[0] == '@') {
-            in_part1 = line.compare(0, 6, "@Part1") == 0;
-            continue;
-        }
         std::array<ustring, 5> c;
         std::istringstream in(line);
-        std::string column;
-        for (auto& field : c) {
-            std::getline(in, column, ';');
-            field = parse_column(column);
+        for (auto& column : c) {
+            std::string field, hex;
+            std::getline(in, field, ';');
+            for (std::istringstream units(field); units >> hex;)
+                append_code_point(column, static_cast<char32_t>(std::strtoul(hex.c_str(), nullptr, 16)));
         }
         if (in_part1)
             part1.insert(static_cast<char32_t>(std::strtoul(line.c_str(), nullptr, 16)));
         SCOPED_TRACE(testing::Message() << source << ", line " << n + 1 << ": " << line);
-        const forms f1 = normalise(c[0]), f2 = normalise(c[1]), f3 = normalise(c[2]), f4 = normalise(c[3]),
-                    f5 = normalise(c[4]);
-        ASSERT_TRUE(c[1] == f1.nfc && c[1] == f2.nfc && c[1] == f3.nfc && c[3] == f4.nfc && c[3] == f5.nfc);
-        ASSERT_TRUE(c[2] == f1.nfd && c[2] == f2.nfd && c[2] == f3.nfd && c[4] == f4.nfd && c[4] == f5.nfd);
-        ASSERT_TRUE(c[3] == f1.nfkc && c[3] == f2.nfkc && c[3] == f3.nfkc && c[3] == f4.nfkc && c[3] == f5.nfkc);
-        ASSERT_TRUE(c[4] == f1.nfkd && c[4] == f2.nfkd && c[4] == f3.nfkd && c[4] == f4.nfkd && c[4] == f5.nfkd);
+        for (int i = 0; i < 5; ++i) {
+            const auto f = normalise(c[i]);
+            ASSERT_TRUE(f[0] == c[nfc_of[i]] && f[1] == c[nfd_of[i]] && f[2] == c[3] && f[3] == c[4]) << "c" << i + 1;
+        }
         ++checked;
     }
     EXPECT_GT(checked, 10000U);
@@ -149,8 +113,8 @@ TEST(NormalizationConformance, every_invariant_of_the_unicode_test_file)
             continue;
         ustring text;
         append_code_point(text, x);
-        const forms f = normalise(text);
-        ASSERT_TRUE(f.nfc == text && f.nfd == text && f.nfkc == text && f.nfkd == text)
+        const auto f = normalise(text);
+        ASSERT_TRUE(f[0] == text && f[1] == text && f[2] == text && f[3] == text)
             << "U+" << std::hex << static_cast<unsigned long>(x);
     }
 }

@@ -2,64 +2,50 @@
 // single-shot opening, and agreement with pattern_match under every mode.
 #include <fl/i18n/pattern_match.hpp>
 
-#include "pattern_match_test_support.hpp"
 #include "text/pattern_match_impl.hpp"
+
+#include <gtest/gtest.h>
 
 namespace {
 
 using namespace fl::i18n;
 using fl::i18n::detail::pattern_match_impl;
-using qx_test::composed_e;
-using qx_test::decomposed_e;
+
+const ustring composed_e = u"\u00E9";
+const ustring decomposed_e = u"e\u0301";
 
 character_handling_mode_context mode(unsigned int mask) { return character_handling_mode_context(mask); }
 
-TEST(PatternMatchImpl, UnopenedObjectReportsInvalidObject)
-{
-    pattern_match_impl matcher;
-    EXPECT_EQ(matcher.status(), regex_status{});
-    EXPECT_FALSE(matcher.valid());
-    regex_status status = regex_success;
-    EXPECT_FALSE(matcher.matches(u"a", status));
-    EXPECT_EQ(status, regex_invalid_object);
-}
-
-TEST(PatternMatchImpl, OpenReportsEachOutcome)
+TEST(PatternMatchImpl, OpenReportsEachOutcomeOnce)
 {
     const struct {
         ustring pattern;
         unsigned int mask;
         regex_status expected;
     } cases[] = {
-        {u"", 0, regex_invalid_argument}, {u"", 6, regex_invalid_argument},
+        {u"", 0, regex_invalid_argument},        {u"", 6, regex_invalid_argument},
         {u"(", 0, regex_failed_object_creation}, {u"(", 2, regex_failed_object_creation},
-        {u"a.c", 0, regex_success}, {decomposed_e, 6, regex_success}, {u"^a(.|\r)*$", 17, regex_success},
+        {u"abc", 0, regex_success},              {u"^a(.|\r)*c$", 17, regex_success},
     };
     for (const auto& c : cases) {
         pattern_match_impl matcher;
-        EXPECT_EQ(matcher.open(c.pattern, mode(c.mask)), c.expected) << "mode " << c.mask;
+        EXPECT_EQ(matcher.open(c.pattern, mode(c.mask)), c.expected) << "case " << &c - cases;
+        // A second pattern, valid or not, changes nothing.
+        EXPECT_EQ(matcher.open(u"xyz", mode(0)), c.expected);
+        EXPECT_EQ(matcher.open(u"(", mode(0)), c.expected);
         EXPECT_EQ(matcher.status(), c.expected);
         EXPECT_EQ(matcher.valid(), c.expected == regex_success);
-    }
-}
-
-TEST(PatternMatchImpl, OpenIsSingleShot)
-{
-    const struct {
-        ustring first;
-        regex_status status;
-    } cases[] = {{u"", regex_invalid_argument}, {u"(", regex_failed_object_creation}, {u"abc", regex_success}};
-    for (const auto& c : cases) {
-        pattern_match_impl matcher;
-        matcher.open(c.first, mode(0));
-        // A second pattern, valid or not, changes nothing.
-        EXPECT_EQ(matcher.open(u"xyz", mode(0)), c.status);
-        EXPECT_EQ(matcher.open(u"(", mode(0)), c.status);
         regex_status status{};
-        EXPECT_EQ(matcher.matches(u"abc", status), c.status == regex_success);
-        EXPECT_EQ(status, c.status == regex_success ? regex_success : regex_invalid_object);
+        EXPECT_EQ(matcher.matches(u"abc", status), c.expected == regex_success);
+        EXPECT_EQ(status, c.expected == regex_success ? regex_success : regex_invalid_object);
         EXPECT_FALSE(matcher.matches(u"xyz", status));
     }
+    pattern_match_impl unopened;
+    EXPECT_EQ(unopened.status(), regex_status{});
+    EXPECT_FALSE(unopened.valid());
+    regex_status status = regex_success;
+    EXPECT_FALSE(unopened.matches(u"a", status));
+    EXPECT_EQ(status, regex_invalid_object);
 }
 
 TEST(PatternMatchImpl, MatchesReportsEachOutcome)
@@ -72,17 +58,11 @@ TEST(PatternMatchImpl, MatchesReportsEachOutcome)
         bool expected;
         regex_status status;
     } cases[] = {
-        {u"a.c", 0, u"a\nc", true, regex_success},
         {u"abc", 0, u"xabc", false, regex_success},
-        {u"abc", 1, u"ABC", true, regex_success},
         {u".*", 0, u"", true, regex_success},
         // A normalising twin treats an empty name as a normalisation failure.
         {u".*", 2, u"", false, regex_failed_normalization},
         {u".*", 6, u"", false, regex_failed_normalization},
-        {composed_e, 0, decomposed_e, false, regex_success},
-        {composed_e, 16, decomposed_e, true, regex_success},
-        {decomposed_e, 6, composed_e, true, regex_success},
-        {u"^(.|\r)*\\.txt$", 0, u"a\nb.txt", true, regex_success},
         // ICU's backtracking stack overflows.
         {u"(a|b)*", 0, deep, false, regex_failed_match_operation},
     };
@@ -90,8 +70,8 @@ TEST(PatternMatchImpl, MatchesReportsEachOutcome)
         pattern_match_impl matcher;
         ASSERT_EQ(matcher.open(c.pattern, mode(c.mask)), regex_success);
         regex_status status{};
-        EXPECT_EQ(matcher.matches(c.text, status), c.expected) << "mode " << c.mask;
-        EXPECT_EQ(status, c.status) << "mode " << c.mask;
+        EXPECT_EQ(matcher.matches(c.text, status), c.expected) << "case " << &c - cases;
+        EXPECT_EQ(status, c.status) << "case " << &c - cases;
     }
 }
 

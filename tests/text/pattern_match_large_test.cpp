@@ -9,8 +9,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <functional>
-
 namespace {
 
 using namespace fl::i18n;
@@ -18,10 +16,8 @@ using overflow = boost::exception_detail::clone_impl<boost::numeric::positive_ov
 
 bool has_physical_memory(unsigned long long bytes)
 {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long page_size = sysconf(_SC_PAGE_SIZE);
-    return pages > 0 && page_size > 0 &&
-           static_cast<unsigned long long>(pages) * static_cast<unsigned long long>(page_size) >= bytes;
+    const long pages = sysconf(_SC_PHYS_PAGES), page_size = sysconf(_SC_PAGE_SIZE);
+    return pages > 0 && page_size > 0 && static_cast<unsigned long long>(pages) * page_size >= bytes;
 }
 
 character_handling_mode_context mode(unsigned int mask) { return character_handling_mode_context(mask); }

@@ -1,5 +1,5 @@
-// Tests of char_matches_mask against a flat reference on raw ICU, of the twelve scan overloads,
-// and of the trim family.
+// Tests of char_matches_mask against a flat reference on raw ICU, of the twelve scan overloads and
+// of the trim family.
 #include <fl/i18n/lcctype.hpp>
 #include <fl/i18n/scan.hpp>
 #include <fl/i18n/trim.hpp>
@@ -7,8 +7,9 @@
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>
 
-#include <initializer_list>
 #include <random>
+#include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,12 +24,8 @@ bool reference_matches(unsigned int mask, char32_t code_point)
 {
     const auto c = static_cast<UChar32>(code_point);
     const auto on = [mask](unsigned int bits) { return (mask & bits) == bits; };
-    const auto category = u_charType(c);
-    bool punct = false;
-    for (auto k : {U_DASH_PUNCTUATION, U_START_PUNCTUATION, U_END_PUNCTUATION, U_CONNECTOR_PUNCTUATION,
-                   U_OTHER_PUNCTUATION, U_MATH_SYMBOL, U_CURRENCY_SYMBOL, U_MODIFIER_SYMBOL,
-                   U_INITIAL_PUNCTUATION, U_FINAL_PUNCTUATION})
-        punct = punct || category == k;
+    // Punctuation, and every symbol but So.
+    const bool punct = (U_GET_GC_MASK(c) & (U_GC_P_MASK | U_GC_SM_MASK | U_GC_SC_MASK | U_GC_SK_MASK)) != 0;
     return (on(cls::cntrl) && u_iscntrl(c)) || (on(cls::print) && u_isprint(c)) ||
            (on(cls::alpha | cls::digit | cls::punct) && u_isgraph(c)) || (on(cls::punct) && punct) ||
            (on(cls::blank) && u_isblank(c)) || (on(cls::space) && u_isUWhiteSpace(c)) ||
@@ -42,11 +39,11 @@ TEST(CharMatchesMask, AgreesWithReferenceForEveryMask)
     std::vector<char32_t> sample;
     for (char32_t c = 0; c < 0x300; ++c)
         sample.push_back(c);
-    for (char32_t c : {0xA0U, 0xA9U, 0xADU, 0x660U, 0x1680U, 0x2007U, 0x2028U, 0x20ACU, 0x3000U, 0xD800U, 0xDBFFU,
+    for (char32_t c : {0x378U, 0xA9U, 0x660U, 0x1680U, 0x2007U, 0x2028U, 0x20ACU, 0x3000U, 0xD800U, 0xD835U, 0xDBFFU,
                        0xDC00U, 0xDFFFU, 0xE000U, 0xFF10U, 0xFF21U, 0xFFFDU, 0xFFFEU, 0x1D400U, 0x1F600U, 0x10FFFFU,
                        0x110000U, 0xFFFFFFFFU})
         sample.push_back(c);
-    const auto seed = std::random_device()();
+    const unsigned seed = 20240611;
     std::mt19937 random(seed);
     std::uniform_int_distribution<char32_t> any(0, 0x10FFFF);
     for (int i = 0; i < 2000; ++i)
@@ -55,33 +52,6 @@ TEST(CharMatchesMask, AgreesWithReferenceForEveryMask)
         for (char32_t c : sample)
             if (detail::char_matches_mask(mask, c) != reference_matches(mask, c))
                 FAIL() << "mask " << mask << ", code point " << c << ", seed " << seed;
-}
-
-TEST(CharMatchesMask, NamedCases)
-{
-    struct row {
-        unsigned int mask;
-        char32_t c;
-        bool expected;
-    };
-    const row rows[] = {
-        {cls::punct, 0xA9, false},  // So is not punctuation here
-        {cls::punct, U'$', true},
-        {cls::alpha | cls::digit | cls::punct, 0xA9, true},  // but it is graphic
-        {cls::xdigit, 0xFF21, true},                          // fullwidth A is a hex digit to ICU
-        {cls::xdigit, U'g', false},
-        {cls::digit, 0x660, true},
-        {cls::blank | cls::space, 0x2028, true},
-        {cls::blank, 0x2028, false},
-        {cls::alpha, 0xD835, false},
-        {0, U'a', false},
-        {cls::print, U' ', true},
-        {cls::print, 0xE000, false},
-        {cls::alpha | cls::digit | cls::punct, 0xE000, true},  // ICU's graph takes private use
-        {0x3FF, 0x378, false},                                  // unassigned: no class at all
-    };
-    for (const row& r : rows)
-        EXPECT_EQ(detail::char_matches_mask(r.mask, r.c), r.expected) << r.mask << " " << r.c;
 }
 
 // The ways of passing a text to scan, one for each pair of overloads. Results are compared as
@@ -105,89 +75,52 @@ struct const_reverse_form {
     static auto range(std::u16string& s) { return std::pair(s.crbegin(), s.crend()); }
 };
 
-template <class Form, class Pred>
-long scan_position(std::u16string& s, unsigned int mask, long length)
-{
-    auto [first, last] = Form::range(s);
-    last = first + length;
-    return detail::scan(mask, first, last, Pred()) - first;
-}
-
 struct scan_case {
     std::u16string text;
     unsigned int mask;
     bool in_set;
     long forward;   // position found reading forwards
     long backward;  // position found reading backwards, counted from the end
+    long length;    // of the range scanned: the first units, or the last ones backwards
 };
 
 const scan_case scan_cases[] = {
-    {u"ab1", cls::digit, true, 2, 0},
-    {u"ab1", cls::alpha, false, 2, 0},
-    {u"\u00A9$", cls::punct, true, 1, 0},
-    {u"\u00A9", cls::punct, true, 1, 1},
+    {u"ab1", cls::digit, true, 2, 0, 3},     {u"ab1", cls::alpha, false, 2, 0, 3}, {u"", cls::alpha, true, 0, 0, 0},
+    {u"\u00A9$", cls::punct, true, 1, 0, 2}, {u"\u00A9", cls::punct, true, 1, 1, 1},
     // A well-ordered pair is one letter forwards and two lone surrogates backwards.
-    {u"\U0001D400", cls::alpha, true, 0, 2},
-    {u"\U0001D400", cls::alpha, false, 2, 0},
-    {u"1\U0001D400", cls::alpha, true, 1, 3},
+    {u"\U0001D400", cls::alpha, true, 0, 2, 2},
+    {u"\U0001D400", cls::alpha, false, 2, 0, 2},
+    {u"1\U0001D400", cls::alpha, true, 1, 3, 3},
     // A pair stored in reverse is one letter backwards only.
-    {u"1\xDC00\xD835", cls::alpha, true, 3, 0},
-    {u"\xD835\xD835\xDC00", cls::alpha, true, 1, 3},
-    {u"", cls::alpha, true, 0, 0},
+    {u"1\xDC00\xD835", cls::alpha, true, 3, 0, 3},
+    {u"\xD835\xD835\xDC00", cls::alpha, true, 1, 3, 3},
+    // Forwards, a pair that straddles the end is joined with the unit after the range; backwards
+    // the unit after the range is never read, and a high surrogate there stays alone.
+    {u"1\U0001D400", cls::alpha, true, 1, 2, 2},
+    {u"\xDC00\xD835", cls::alpha, true, 1, 1, 1},
+    {u"\xD835" + std::u16string(199, u'x'), cls::alpha, false, 0, 199, 200},
 };
 
 template <class Form>
 class ScanForms : public ::testing::Test {};
-using forward_forms = ::testing::Types<pointer_form, const_pointer_form, iterator_form, const_iterator_form>;
-TYPED_TEST_SUITE(ScanForms, forward_forms);
+using forms = ::testing::Types<pointer_form, const_pointer_form, iterator_form, const_iterator_form, reverse_form,
+                               const_reverse_form>;
+TYPED_TEST_SUITE(ScanForms, forms);
 
-template <class Form>
-class ScanReverseForms : public ::testing::Test {};
-using reverse_forms = ::testing::Types<reverse_form, const_reverse_form>;
-TYPED_TEST_SUITE(ScanReverseForms, reverse_forms);
-
-template <class Form>
-long scan_whole(std::u16string& s, const scan_case& c)
+TYPED_TEST(ScanForms, FindTheFirstCodePointInOrOutOfTheClasses)
 {
-    const auto length = static_cast<long>(s.size());
-    return c.in_set ? scan_position<Form, is_posix>(s, c.mask, length)
-                    : scan_position<Form, is_not_posix>(s, c.mask, length);
-}
-
-TYPED_TEST(ScanForms, FindTheFirstMatchingCodePoint)
-{
+    constexpr bool backwards = std::is_same_v<TypeParam, reverse_form> || std::is_same_v<TypeParam, const_reverse_form>;
     for (const scan_case& c : scan_cases) {
         std::u16string text = c.text;
-        EXPECT_EQ(scan_whole<TypeParam>(text, c), c.forward) << "case " << &c - scan_cases;
+        auto [first, last] = TypeParam::range(text);
+        last = first + c.length;
+        const long found = c.in_set ? detail::scan(c.mask, first, last, is_posix()) - first
+                                    : detail::scan(c.mask, first, last, is_not_posix()) - first;
+        EXPECT_EQ(found, backwards ? c.backward : c.forward) << "case " << &c - scan_cases;
     }
 }
 
-TYPED_TEST(ScanReverseForms, ReadBackwardsWithoutSwappingSurrogates)
-{
-    for (const scan_case& c : scan_cases) {
-        std::u16string text = c.text;
-        EXPECT_EQ(scan_whole<TypeParam>(text, c), c.backward) << "case " << &c - scan_cases;
-    }
-}
-
-TYPED_TEST(ScanForms, PairStraddlingTheEndIsJoinedWithTheUnitAfterIt)
-{
-    std::u16string text = u"1\U0001D400";
-    EXPECT_EQ((scan_position<TypeParam, is_posix>(text, cls::alpha, 2)), 1);
-}
-
-TYPED_TEST(ScanReverseForms, UnitsOutsideTheRangeAreNeverRead)
-{
-    // Read backwards, the range ends on a high surrogate whose next unit lies outside it.
-    std::u16string reversed_pair = u"\xDC00\xD835";
-    EXPECT_EQ((scan_position<TypeParam, is_posix>(reversed_pair, cls::alpha, 1)), 1);
-    // A long string's first unit is high: the unit after it would be before the heap buffer.
-    std::u16string text(200, u'x');
-    text[0] = 0xD835;
-    EXPECT_EQ((scan_position<TypeParam, is_not_posix>(text, cls::alpha, 200)), 199);
-}
-
-TEST(Scan, NullOrEmptyPointerRangesGiveLast)
+TEST(Scan, NullEmptyOrBackwardsRangesGiveLast)
 {
     char16_t text[] = u"a1";
     const char16_t* ctext = text;
@@ -196,15 +129,11 @@ TEST(Scan, NullOrEmptyPointerRangesGiveLast)
     EXPECT_EQ(detail::scan(cls::alpha, static_cast<const char16_t*>(nullptr), ctext + 1, is_posix()), ctext + 1);
     EXPECT_EQ(detail::scan(cls::alpha, text, text, is_posix()), text);
     EXPECT_EQ(detail::scan(cls::digit, ctext + 1, ctext + 1, is_posix()), ctext + 1);
-}
-
-TEST(Scan, IteratorRangesThatAreEmptyOrBackwardsGiveLast)
-{
-    std::u16string text = u"a1";
-    EXPECT_EQ(detail::scan(cls::alpha, text.begin() + 1, text.begin(), is_not_posix()), text.begin());
-    EXPECT_EQ(detail::scan(cls::alpha, text.cend(), text.cbegin(), is_posix()), text.cbegin());
-    EXPECT_EQ(detail::scan(cls::alpha, text.rend(), text.rbegin(), is_posix()), text.rbegin());
-    EXPECT_EQ(detail::scan(cls::digit, text.crbegin(), text.crbegin(), is_posix()), text.crbegin());
+    std::u16string s = u"a1";
+    EXPECT_EQ(detail::scan(cls::alpha, s.begin() + 1, s.begin(), is_not_posix()), s.begin());
+    EXPECT_EQ(detail::scan(cls::alpha, s.cend(), s.cbegin(), is_posix()), s.cbegin());
+    EXPECT_EQ(detail::scan(cls::alpha, s.rend(), s.rbegin(), is_posix()), s.rbegin());
+    EXPECT_EQ(detail::scan(cls::digit, s.crbegin(), s.crbegin(), is_posix()), s.crbegin());
 }
 
 TEST(Trim, AllSixForms)
@@ -213,14 +142,9 @@ TEST(Trim, AllSixForms)
         std::u16string text, set, both, left, right;
     };
     const row rows[] = {
-        {u"", u" ", u"", u"", u""},
-        {u"", u"", u"", u"", u""},
-        {u"a", u"", u"a", u"a", u"a"},
-        {u"  ", u" ", u"", u"", u""},
-        {u"xyx", u"yx", u"", u"", u""},
-        {u" \tab c\t ", u"\t ", u"ab c", u"ab c\t ", u" \tab c"},
-        {u"abc", u"b", u"abc", u"abc", u"abc"},
-        {u"aab", u"a", u"b", u"b", u"aab"},
+        {u"", u" ", u"", u"", u""},         {u"", u"", u"", u"", u""},       {u"a", u"", u"a", u"a", u"a"},
+        {u"  ", u" ", u"", u"", u""},       {u"xyx", u"yx", u"", u"", u""},  {u"aab", u"a", u"b", u"b", u"aab"},
+        {u"abc", u"b", u"abc", u"abc", u"abc"}, {u" \tab c\t ", u"\t ", u"ab c", u"ab c\t ", u" \tab c"},
         // A pair in the set stands for its halves: only the high one is in this set.
         {u"\U0001F600a\U0001F600", u"\xD83D", u"\xDE00" u"a\U0001F600", u"\xDE00" u"a\U0001F600",
          u"\U0001F600a\U0001F600"},

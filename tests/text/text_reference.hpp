@@ -8,21 +8,16 @@
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
 #include <functional>
 #include <random>
-#include <string>
 
 namespace text_test {
 
 /// The seed of every reference check; printed with each failure through SCOPED_TRACE.
 constexpr unsigned random_text_seed = 20240611;
 
-/// 1 to `max_units` units (one more when the last character is a pair) drawn from ASCII,
-/// Latin with precomposed accents, Turkish i, sharp s, Greek, CJK, Hangul, combining marks,
-/// ligatures, lone surrogates and supplementary characters, some of which decompose.
+/// 1 to `max_units` units (one more when the last character is a pair) from blocks that case-map,
+/// compose, decompose or fold unusually, with lone surrogates and supplementary characters.
 inline ustring random_text(std::mt19937& rng, std::size_t max_units)
 {
     static constexpr char32_t blocks[][2] = {
@@ -31,33 +26,17 @@ inline ustring random_text(std::mt19937& rng, std::size_t max_units)
         {0x300, 0x36F},     {0x1DC0, 0x1DFF},   {0xFB00, 0xFB06}, {0xD800, 0xDFFF}, {0x1D400, 0x1D4FF},
         {0x1D15E, 0x1D164}, {0x1F600, 0x1F64F}, {0x2460, 0x24FF}, {0xFF01, 0xFF5E},
     };
-    std::uniform_int_distribution<std::size_t> length(1, max_units);
+    const std::size_t units = std::uniform_int_distribution<std::size_t>(1, max_units)(rng);
     std::uniform_int_distribution<std::size_t> block(0, std::size(blocks) - 1);
-    const std::size_t units = length(rng);
     ustring text;
     while (text.size() < units) {
         const auto& range = blocks[block(rng)];
         const auto c = static_cast<char32_t>(std::uniform_int_distribution<unsigned long>(range[0], range[1])(rng));
-        if (c < 0x10000) {
-            text.push_back(static_cast<char16_t>(c));
-        } else {
+        if (c >= 0x10000)
             text.push_back(static_cast<char16_t>(0xD7C0 + (c >> 10)));
-            text.push_back(static_cast<char16_t>(0xDC00 | (c & 0x3FF)));
-        }
+        text.push_back(static_cast<char16_t>(c >= 0x10000 ? 0xDC00 | (c & 0x3FF) : c));
     }
     return text;
-}
-
-/// The units of `text` in hex, for failure messages.
-inline std::string hex_units(const ustring& text)
-{
-    std::string out;
-    char unit[8];
-    for (const char16_t c : text) {
-        std::snprintf(unit, sizeof unit, "%04X ", static_cast<unsigned>(c));
-        out += unit;
-    }
-    return out;
 }
 
 /// A transform with ICU's own buffer protocol.
@@ -65,14 +44,14 @@ using icu_transform = std::function<int32_t(UChar*, int32_t, const UChar*, int32
 
 inline icu_transform icu_case(decltype(&u_strToUpper) mapping, const char* locale)
 {
-    return [mapping, locale](UChar* dest, int32_t capacity, const UChar* src, int32_t length, UErrorCode* status) {
+    return [=](UChar* dest, int32_t capacity, const UChar* src, int32_t length, UErrorCode* status) {
         return mapping(dest, capacity, src, length, locale, status);
     };
 }
 
 inline icu_transform icu_normalizer(decltype(&unorm2_getNFCInstance) instance)
 {
-    return [instance](UChar* dest, int32_t capacity, const UChar* src, int32_t length, UErrorCode* status) {
+    return [=](UChar* dest, int32_t capacity, const UChar* src, int32_t length, UErrorCode* status) {
         return unorm2_normalize(instance(status), src, length, dest, capacity, status);
     };
 }
