@@ -63,38 +63,28 @@ TEST(codecvt_ustring_to_ascii, NullEmptyStrictnessAndBuffers)
     });
 }
 
-// A pair never straddles the end of the buffer: at capacity 3 only "ab" is kept.
-TEST(codecvt_wstring_to_ustring, SurrogatePairIsNeverSplitAtTheEndOfTheBuffer)
-{
-    const codecvt_wstring_to_ustring cvt;
-    const std::wstring source = L"ab\U0001F600c";
-    const ustring full = u"ab\U0001F600c";
-    for (unsigned long cap = 0; cap <= 7; ++cap) {
-        SCOPED_TRACE("capacity " + std::to_string(cap));
-        unsigned long returned = 0;
-        const ustring written = through_buffer<char16_t>(cvt, cap, source, 5, returned);
-        EXPECT_EQ(returned, 5u);
-        const unsigned long whole = cap == 3 ? 2 : std::min(cap, 5ul);
-        EXPECT_EQ(written.substr(0, whole), full.substr(0, whole));
-    }
-    char16_t out[4];
-    EXPECT_EQ(cvt.convert(out, 4, nullptr, 2), 0u);
-    EXPECT_EQ(cvt.convert(out, 4, source.data(), 0), 0u);
-    EXPECT_EQ(cvt.convert(nullptr, 4, source.data(), 4), 5u);
-    EXPECT_EQ(cvt.get_destination_size(source.data(), 0), 0u);
-    EXPECT_TRUE(cvt.convert(source.data(), 0).empty());
-}
-
+// A capacity one short of the output often ends inside a pair (random code points are mostly above
+// U+FFFF): the pair is then counted, not written.
 TEST(codecvt_wstring_to_ustring, BothDirectionsMatchTheReferenceOnRandomInput)
 {
     const codecvt_wstring_to_ustring in;
     const codecvt_ustring_to_wstring out;
     const ustring unpaired = {u'a', 0xD83D, 0xDE00, 0xD800};
+    const std::wstring wide = L"ab\U0001F600";
     expect_all_forms(out, unpaired, std::wstring{L'a', 0x1F600, 0xFFFD});
-    wchar_t wide[4];
-    EXPECT_EQ(out.convert(wide, 4, nullptr, 2), 0u);
-    EXPECT_EQ(out.convert(wide, 4, unpaired.data(), 0), 0u);
+    expect_all_forms(in, wide, ustring(u"ab\U0001F600"));  // capacity 3 ends inside the pair
+    char16_t units[4];
+    wchar_t wides[4];
+    EXPECT_EQ(in.convert(units, 4, nullptr, 2), 0u);
+    EXPECT_EQ(in.convert(units, 4, wide.data(), 0), 0u);
+    EXPECT_EQ(in.convert(nullptr, 4, wide.data(), 3), 4u);
+    EXPECT_EQ(in.get_destination_size(nullptr, 4), 0u);
+    EXPECT_TRUE(in.convert(nullptr, 4).empty());
+    EXPECT_EQ(out.convert(wides, 4, nullptr, 2), 0u);
+    EXPECT_EQ(out.convert(wides, 4, unpaired.data(), 0), 0u);
     EXPECT_EQ(out.convert(nullptr, 0, unpaired.data(), 4), 3u);
+    EXPECT_EQ(out.get_destination_size(nullptr, 4), 0u);
+    EXPECT_TRUE(out.convert(nullptr, 4).empty());
     for (std::uint32_t seed : test_seeds(8)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 rng(seed);
@@ -111,15 +101,11 @@ TEST(codecvt_ustring_to_java_nonstandard_utf8, ModifiedUtf8)
 {
     const codecvt_ustring_to_java_nonstandard_utf8 cvt;
     const std::pair<ustring, std::string> cases[] = {
-        {ustring(1, 0), "\xC0\x80"},
-        {u"\U0001F600", "\xED\xA0\xBD\xED\xB8\x80"},
-        {u"\xD800", "\xED\xA0\x80"},
-        {u"a\u00E9\uFFFF", "a\xC3\xA9\xEF\xBF\xBF"},
+        {ustring(1, 0), "\xC0\x80"}, {u"\U0001F600", "\xED\xA0\xBD\xED\xB8\x80"}, {u"\xD800", "\xED\xA0\x80"},
+        {u"a\u00E9\uFFFF", "a\xC3\xA9\xEF\xBF\xBF"}, {ustring(32768, u'a'), std::string(32768, 'a')}, {u"", ""},
         {ustring(1024, 0), icu_java_utf8(ustring(1024, 0))},
         {ustring(1024, u'\u4E2D'), icu_java_utf8(ustring(1024, u'\u4E2D'))},
         {ustring(32769, u'\u4E2D'), icu_java_utf8(ustring(32769, u'\u4E2D'))},
-        {ustring(32768, u'a'), std::string(32768, 'a')},
-        {u"", ""},
     };
     for (const auto& [text, expected] : cases) {
         SCOPED_TRACE(std::to_string(text.size()) + " units");

@@ -25,6 +25,7 @@ namespace qx_test {
 struct ucnv_closer {
     void operator()(UConverter* c) const noexcept { ucnv_close(c); }
 };
+using icu_converter = std::unique_ptr<UConverter, ucnv_closer>;
 
 // ICU's preflight-then-fill protocol; `op(dest, capacity, &needed, &ec)` sets the length needed.
 template <class Char, class Op>
@@ -40,8 +41,8 @@ std::basic_string<Char> icu_preflighted(Op op)
     return out;
 }
 
-// Raw ICU, the obviously-correct path each conversion is compared with; the converters are
-// fresh, with ICU's default call-backs.
+// Raw ICU, the obviously-correct path each conversion is compared with; fresh converters, with
+// ICU's default call-backs.
 inline ustring icu_utf8_to_utf16(const std::string& s)
 {
     return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
@@ -57,7 +58,8 @@ inline std::string icu_utf16_to_utf8(const ustring& s)
 inline std::u32string icu_utf16_to_utf32(const ustring& s)
 {
     return icu_preflighted<char32_t>([&](char32_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
-        u_strToUTF32WithSub(reinterpret_cast<UChar32*>(d), cap, n, s.data(), int32_t(s.size()), 0xFFFD, nullptr, ec); });
+        u_strToUTF32WithSub(reinterpret_cast<UChar32*>(d), cap, n, s.data(), int32_t(s.size()), 0xFFFD, nullptr,
+                            ec); });
 }
 
 inline std::string icu_java_utf8(const ustring& s)
@@ -66,18 +68,22 @@ inline std::string icu_java_utf8(const ustring& s)
         u_strToJavaModifiedUTF8(d, cap, n, s.data(), int32_t(s.size()), ec); });
 }
 
+inline icu_converter icu_open(const char* encoding)
+{
+    UErrorCode ec = U_ZERO_ERROR;
+    return icu_converter(ucnv_open(encoding, &ec));
+}
+
 inline ustring icu_to_uchars(const char* encoding, const std::string& s)
 {
-    UErrorCode open_ec = U_ZERO_ERROR;
-    const std::unique_ptr<UConverter, ucnv_closer> cnv(ucnv_open(encoding, &open_ec));
+    const icu_converter cnv = icu_open(encoding);
     return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
         *n = ucnv_toUChars(cnv.get(), d, cap, s.data(), int32_t(s.size()), ec); });
 }
 
 inline std::string icu_from_uchars(const char* encoding, const ustring& s)
 {
-    UErrorCode open_ec = U_ZERO_ERROR;
-    const std::unique_ptr<UConverter, ucnv_closer> cnv(ucnv_open(encoding, &open_ec));
+    const icu_converter cnv = icu_open(encoding);
     return icu_preflighted<char>([&](char* d, int32_t cap, int32_t* n, UErrorCode* ec) {
         *n = ucnv_fromUChars(cnv.get(), d, cap, s.data(), int32_t(s.size()), ec); });
 }
@@ -134,8 +140,8 @@ inline ustring random_utf16(std::mt19937& rng, std::size_t length, bool lone_sur
     return out;
 }
 
-// Mostly valid UTF-8 interleaved with every kind of malformed sequence; cut at `length`, which
-// may end the text inside a sequence.
+// Mostly valid UTF-8 interleaved with every kind of malformed sequence, cut at `length` (maybe
+// inside a sequence).
 inline std::string random_utf8_soup(std::mt19937& rng, std::size_t length)
 {
     static const char* const broken[] = {
@@ -154,8 +160,8 @@ inline std::string random_utf8_soup(std::mt19937& rng, std::size_t length)
     return out;
 }
 
-// Bytes in `encoding`: random text converted by ICU, then a few bytes overwritten at random so
-// that malformed and unassigned sequences occur too.
+// Random text in `encoding` through ICU, with a few bytes overwritten so that malformed and
+// unassigned sequences occur too.
 inline std::string random_encoded(std::mt19937& rng, const char* encoding, std::size_t units)
 {
     std::string bytes = icu_from_uchars(encoding, random_utf16(rng, units));
@@ -172,12 +178,6 @@ inline std::vector<std::uint32_t> test_seeds(std::uint32_t count)
     return seeds;
 }
 
-template <class Char>
-unsigned long unit_value(Char c)
-{
-    return static_cast<unsigned long>(static_cast<std::make_unsigned_t<Char>>(c));
-}
-
 // Compares two texts and names the first differing unit instead of printing megabytes.
 template <class Char>
 ::testing::AssertionResult same_text(const std::basic_string<Char>& actual, const std::basic_string<Char>& expected)
@@ -185,16 +185,11 @@ template <class Char>
     if (actual == expected) return ::testing::AssertionSuccess();
     const auto at = static_cast<std::size_t>(
         std::mismatch(actual.begin(), actual.end(), expected.begin(), expected.end()).first - actual.begin());
-    auto unit = [](const std::basic_string<Char>& s, std::size_t i) { return i < s.size() ? unit_value(s[i]) : ~0UL; };
+    auto unit = [](const std::basic_string<Char>& s, std::size_t i) {
+        return i < s.size() ? static_cast<unsigned long>(static_cast<std::make_unsigned_t<Char>>(s[i])) : ~0UL; };
     return ::testing::AssertionFailure() << "actual has " << actual.size() << " units, expected " << expected.size()
                                          << "; first difference at unit " << at << ": actual 0x" << std::hex
                                          << unit(actual, at) << ", expected 0x" << unit(expected, at);
-}
-
-template <class Char>
-constexpr Char guard_unit()
-{
-    return static_cast<Char>(0xA5A5A5A5u);
 }
 
 // Converts into a buffer of `capacity` plus guard units and checks that nothing lands past the
@@ -203,19 +198,21 @@ template <class To, class Cvt, class From>
 std::basic_string<To> through_buffer(const Cvt& cvt, unsigned long capacity, const std::basic_string<From>& source,
                                      unsigned long output, unsigned long& returned)
 {
-    std::vector<To> buffer(capacity + 4, guard_unit<To>());
+    const To guard = static_cast<To>(0xA5A5A5A5u);
+    std::vector<To> buffer(capacity + 4, guard);
     returned = cvt.convert(buffer.data(), capacity, source.data(), source.size());
     const auto written = std::find_if(buffer.begin() + static_cast<std::ptrdiff_t>(std::min(capacity, output)),
-                                      buffer.end(), [](To u) { return u != guard_unit<To>(); });
+                                      buffer.end(), [&](To u) { return u != guard; });
     EXPECT_TRUE(written == buffer.end()) << "unit " << (written - buffer.begin()) << " written at capacity "
                                          << capacity << " of an output of " << output;
     return std::basic_string<To>(buffer.data(), capacity);
 }
 
-// Checks the size query, the string form and the buffer form at capacity 0, one short, exact and
-// roomy: the buffer form always returns the full size.
+// The size query, the string form and the buffer form at capacity 0, one short, exact and roomy:
+// the buffer form always returns the full size.
 template <class Converter, class From, class To>
-void expect_all_forms(const Converter& cvt, const std::basic_string<From>& source, const std::basic_string<To>& expected)
+void expect_all_forms(const Converter& cvt, const std::basic_string<From>& source,
+                      const std::basic_string<To>& expected)
 {
     const unsigned long need = expected.size();
     EXPECT_EQ(cvt.get_destination_size(source.data(), source.size()), need);
@@ -223,18 +220,17 @@ void expect_all_forms(const Converter& cvt, const std::basic_string<From>& sourc
     std::vector<unsigned long> capacities{0, need, need + 3};
     if (need > 1) capacities.push_back(need - 1);
     for (unsigned long cap : capacities) {
-        SCOPED_TRACE("capacity " + std::to_string(cap));
         unsigned long returned = 0;
         const std::basic_string<To> written = through_buffer<To>(cvt, cap, source, need, returned);
-        EXPECT_EQ(returned, need);
+        EXPECT_EQ(returned, need) << "capacity " << cap;
         if (cap >= need) {
-            EXPECT_TRUE(same_text(written.substr(0, need), expected));
+            EXPECT_TRUE(same_text(written.substr(0, need), expected)) << "capacity " << cap;
         }
     }
 }
 
-// An anonymous private mapping that is never written: every page is the shared zero page, so
-// gigabytes of zero input cost address space only.
+// A private mapping that is never written: every page is the shared zero page, so gigabytes of
+// zero input cost address space only.
 class zero_region {
 public:
     explicit zero_region(std::size_t bytes)

@@ -13,49 +13,37 @@ namespace {
 
 using namespace fl::i18n;
 
-struct diagnosed_call {
-    const char* what;
-    std::function<std::size_t()> call;  // returns the length of the result
-    std::size_t length;
-    std::string output;  // with diagnostics on
-};
-
 const std::string string_prefix = "to_ustring called with non-ASCII string input: ";
 const std::string pointer_prefix = "to_ustring called with non-ASCII char * input: ";
-const std::string to_string_prefix = "to_string called with non-ASCII input: ";
+const std::string ustring_prefix = "to_string called with non-ASCII input: ";
 
-const std::vector<diagnosed_call>& calls()
-{
-    static const std::vector<diagnosed_call> table{
-        {"ascii string", [] { return to_ustring(std::string("plain ASCII 123")).size(); }, 15, ""},
-        {"ascii pointer", [] { return to_ustring("plain ASCII 123").size(); }, 15, ""},
-        {"ascii ustring", [] { return to_string(u"plain ASCII 123").size(); }, 15, ""},
-        {"empty", [] { return to_ustring(std::string()).size() + to_string(ustring()).size(); }, 0, ""},
-        {"utf-8 string", [] { return to_ustring(std::string("caf\xC3\xA9")).size(); }, 4,
-         string_prefix + "caf\xC3\xA9\n"},
-        {"high byte first", [] { return to_ustring(std::string("\xE9x")).size(); }, 2, string_prefix + "\xE9x\n"},
-        // The scan stops at a zero byte, and the text shown ends there; all bytes are converted.
-        {"61 00 E9", [] { return to_ustring(std::string("a\0\xE9", 3)).size(); }, 3, ""},
-        {"C3 A9 00 7A", [] { return to_ustring(std::string("\xC3\xA9\0z", 4)).size(); }, 3,
-         string_prefix + "\xC3\xA9\n"},
-        {"utf-8 pointer", [] { return to_ustring("\xC3\xA9t\xC3\xA9").size(); }, 3, pointer_prefix + "\xC3\xA9t\xC3\xA9\n"},
-        {"non-ascii ustring", [] { return to_string(u"caf\u00E9").size(); }, 5, to_string_prefix + "caf\xC3\xA9\n"},
-        {"ustring behind a zero", [] { return to_string(ustring(u"a\0\u00E9", 3)).size(); }, 4, ""},
-        {"lone surrogate", [] { return to_string(ustring{u'x', 0xD800}).size(); }, 4,
-         to_string_prefix + "x\xEF\xBF\xBD\n"},
-    };
-    return table;
-}
-
-// Runs every call and checks its result and what it wrote to std::cout.
+// Runs every call and checks the length of its result and what it wrote to std::cout.
 void expect_output(bool enabled)
 {
-    for (const diagnosed_call& c : calls()) {
+    const struct {
+        std::function<std::size_t()> call;
+        std::size_t length;
+        std::string output;  // with diagnostics on
+    } calls[] = {
+        {[] { return to_ustring(std::string("plain ASCII 123")).size(); }, 15, ""},
+        {[] { return to_ustring("plain ASCII 123").size(); }, 15, ""},
+        {[] { return to_string(u"plain ASCII 123").size(); }, 15, ""},
+        {[] { return to_ustring(std::string()).size() + to_string(ustring()).size(); }, 0, ""},
+        {[] { return to_ustring(std::string("caf\xC3\xA9")).size(); }, 4, string_prefix + "caf\xC3\xA9\n"},
+        {[] { return to_ustring(std::string("\xE9x")).size(); }, 2, string_prefix + "\xE9x\n"},
+        // The scan stops at a zero byte, and the text shown ends there; all bytes are converted.
+        {[] { return to_ustring(std::string("a\0\xE9", 3)).size(); }, 3, ""},
+        {[] { return to_ustring(std::string("\xC3\xA9\0z", 4)).size(); }, 3, string_prefix + "\xC3\xA9\n"},
+        {[] { return to_ustring("\xC3\xA9t\xC3\xA9").size(); }, 3, pointer_prefix + "\xC3\xA9t\xC3\xA9\n"},
+        {[] { return to_string(u"caf\u00E9").size(); }, 5, ustring_prefix + "caf\xC3\xA9\n"},
+        {[] { return to_string(ustring(u"a\0\u00E9", 3)).size(); }, 4, ""},
+        {[] { return to_string(ustring{u'x', 0xD800}).size(); }, 4, ustring_prefix + "x\xEF\xBF\xBD\n"},
+    };
+    for (std::size_t i = 0; i < std::size(calls); ++i) {
         testing::internal::CaptureStdout();
-        const std::size_t length = c.call();
-        const std::string written = testing::internal::GetCapturedStdout();
-        EXPECT_EQ(length, c.length) << c.what;
-        EXPECT_EQ(written, enabled ? c.output : std::string()) << c.what;
+        const std::size_t length = calls[i].call();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), enabled ? calls[i].output : std::string()) << "call " << i;
+        EXPECT_EQ(length, calls[i].length) << "call " << i;
     }
 }
 

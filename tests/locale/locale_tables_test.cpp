@@ -1,4 +1,5 @@
-// The compiled-in locale tables and the registry built from them: figures, lookups, canonical names.
+// The registry built from the compiled-in locale tables: encoding lookups, territory groups,
+// default encodings and canonical names.
 #include "locale/locale_name.hpp"
 #include "locale/locale_registry.hpp"
 #include "locale/locale_tables.hpp"
@@ -6,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -18,99 +18,6 @@ const locale_registry& registry()
 {
     static const locale_registry instance;
     return instance;
-}
-
-std::string text_or_none(const char* text) { return text ? text : "none"; }
-
-// A row as the table would print it: "aa Latn DJ ISO-8859-1 1".
-std::string describe(const language_row& row)
-{
-    const auto& r = registry();
-    return text_or_none(r.language_text(row.language)) + " " + text_or_none(r.script_text(row.script)) + " " +
-           text_or_none(r.territory_text(row.territory)) + " " + text_or_none(r.encoding_name_by_id(row.encoding)) +
-           " " + std::to_string(row.is_default);
-}
-
-bool is_code_list(const std::string& text, std::size_t code_length)
-{
-    if (text.size() < 2 * code_length + 1 || (text.size() + 1) % (code_length + 1) != 0)
-        return false;
-    std::string previous;
-    for (std::size_t at = 0; at < text.size(); at += code_length + 1) {
-        const std::string code = text.substr(at, code_length);
-        if (code <= previous || (at + code_length < text.size() && text[at + code_length] != ' '))
-            return false;
-        previous = code;
-    }
-    return true;
-}
-
-TEST(locale_tables, have_their_fixed_sizes_and_shapes)
-{
-    EXPECT_EQ(tables::scripts().size, 78U);
-    EXPECT_EQ(tables::languages().size, 410U);
-    EXPECT_EQ(tables::encodings().size, 46U);
-    EXPECT_EQ(tables::aliases().size, 116U);
-    EXPECT_EQ(registry().alias_count(), 116U);
-
-    // Single codes in alphabetical order, then groups of codes, then the four UN M.49 regions.
-    const auto territories = tables::territories();
-    ASSERT_GT(territories.size, 264U);
-    for (std::size_t i = 0; i < 260; ++i) {
-        EXPECT_EQ(std::string(territories[i]).size(), 2U) << i;
-        if (i > 0) {
-            EXPECT_LT(std::string(territories[i - 1]), territories[i]);
-        }
-    }
-    for (std::size_t i = 260; i + 4 < territories.size; ++i)
-        EXPECT_TRUE(is_code_list(territories[i], 2)) << territories[i];
-    const char* const regions[] = {"001", "029", "150", "419"};
-    for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_STREQ(territories[territories.size - 4 + i], regions[i]);
-    for (std::size_t i = 62; i < tables::scripts().size; ++i)
-        EXPECT_TRUE(is_code_list(tables::scripts()[i], 4)) << tables::scripts()[i];
-
-    // Every field refers to an entry of its table, and rows are sorted by language.
-    const auto values = tables::language_row_values();
-    ASSERT_EQ(values.size % 5, 0U);
-    for (std::size_t i = 0; i < values.size; i += 5) {
-        SCOPED_TRACE(i / 5);
-        EXPECT_LT(values[i], tables::languages().size);
-        EXPECT_TRUE(values[i + 1] == no_index || values[i + 1] < tables::scripts().size);
-        EXPECT_TRUE(values[i + 2] == no_index || values[i + 2] < territories.size);
-        EXPECT_TRUE(values[i + 3] == no_index || values[i + 3] < tables::encodings().size);
-        EXPECT_LE(values[i + 4], 1);
-        if (i > 0) {
-            EXPECT_LE(values[i - 5], values[i]);
-        }
-    }
-}
-
-TEST(locale_tables, hold_the_telling_language_rows)
-{
-    std::map<std::string, std::vector<std::string>> rows;
-    for (const char* language : {"aa", "am", "ar", "az", "zh", "zu"})
-        for (const language_row& row : registry().rows_of(language))
-            rows[language].push_back(describe(row));
-    const char* const expected[] = {
-        "aa Latn DJ ISO-8859-1 1",
-        "aa none DJ ER ET UTF-8 0",
-        "am Ethi ET UTF-8 0",
-        "ar Arab AE BH DJ DZ EG EH ER IL IQ JO KM KW LB LY MA MR OM PS QA SA SD SO SY TD TN YE ISO-8859-6 0",
-        "ar none IN UTF-8 0",
-        "az Cyrl AZ ISO-8859-5 0",
-        "az Latn AZ ISO-8859-9 0",
-        "az none AZ UTF-8 1",
-        "zh Hans CN HK MO SG GB2312 0",
-        "zh Hant HK Big5-HKSCS 1",
-        "zh Hant MO TW Big5 1",
-        "zu none ZA ISO-8859-1 0",
-    };
-    for (const char* row : expected) {
-        const std::string language = std::string(row).substr(0, 2);
-        const auto& found = rows[language];
-        EXPECT_NE(std::find(found.begin(), found.end(), row), found.end()) << row;
-    }
 }
 
 TEST(locale_registry, finds_every_spelling_of_an_encoding)
