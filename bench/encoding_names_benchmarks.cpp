@@ -99,13 +99,6 @@ bool is_encoding_row(const std::string& name)
     return name.rfind(name_op, 0) == 0 || name.rfind(default_op, 0) == 0;
 }
 
-// "op/case/impl" split at its last '/'.
-std::pair<std::string, std::string> split_impl(const std::string& name)
-{
-    const std::size_t slash = name.rfind('/');
-    return {name.substr(0, slash), name.substr(slash + 1)};
-}
-
 }  // namespace
 
 void register_encoding_name_benchmarks()

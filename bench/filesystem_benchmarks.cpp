@@ -433,13 +433,6 @@ bool has_listing_target(const std::string& row)
     return row.rfind(listing_op, 0) == 0;
 }
 
-// "fs::op/case/impl" split at its last '/'.
-std::pair<std::string, std::string> split_impl(const std::string& name)
-{
-    const std::size_t slash = name.rfind('/');
-    return {name.substr(0, slash), name.substr(slash + 1)};
-}
-
 }  // namespace
 
 void register_filesystem_benchmarks()
@@ -457,26 +450,7 @@ void filesystem_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
         text_ratio_reporter::ReportRuns(runs);
         return;
     }
-    std::vector<Run> shown;
-    for (const Run& run : runs) {
-        if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
-            // CPU time, as in the text table: the wall clock also counts other processes.
-            result& entry = results_[run.run_name.function_name];
-            entry.seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
-            if (const auto items = run.counters.find("items"); items != run.counters.end())
-                entry.items = items->second.value;
-            if (const auto allocs = run.counters.find("allocs"); allocs != run.counters.end())
-                entry.allocations = entry.allocations < 0 ? allocs->second.value
-                                                          : std::min(entry.allocations, allocs->second.value);
-            if (const auto limit = run.counters.find("alloc_limit"); limit != run.counters.end())
-                entry.allocation_limit = limit->second.value;
-            const auto [row, added] = rows_.emplace(split_impl(run.run_name.function_name).first, run.family_index);
-            if (!added)
-                row->second = std::min(row->second, run.family_index);
-        }
-        if (run.error_occurred || run.repetitions <= 1 || run.aggregate_name == "median")
-            shown.push_back(run);
-    }
+    const std::vector<Run> shown = table_.record(runs);
     if (!shown.empty())
         ConsoleReporter::ReportRuns(shown);
 }
@@ -484,17 +458,12 @@ void filesystem_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
 int filesystem_ratio_reporter::print_tables(std::ostream& out) const
 {
     const int misses = text_ratio_reporter::print_tables(out);
-    return rows_.empty() ? misses : misses + print_filesystem_table(out);
+    return table_.empty() ? misses : misses + print_filesystem_table(out);
 }
 
 int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
 {
-    auto time_of = [this](const std::string& row, const char* impl) -> std::optional<double> {
-        const auto found = results_.find(row + "/" + impl);
-        if (found == results_.end())
-            return std::nullopt;
-        return best(found->second.seconds);
-    };
+    auto time_of = [this](const std::string& row, const char* impl) { return table_.time_of(row, impl); };
 
     char line[640];
     std::snprintf(line, sizeof line,
@@ -512,10 +481,10 @@ int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
     out << line;
 
     int misses = 0;
-    for (const std::string& row : in_registration_order(rows_)) {
+    for (const std::string& row : table_.rows()) {
         const std::size_t slash = row.rfind('/');
         const std::optional<double> ours = time_of(row, "qxi18n");
-        const auto mine = results_.find(row + "/qxi18n");
+        const auto mine = table_.find(row, "qxi18n");
 
         // The raw peer of a row is whichever of these it registered.
         std::optional<double> raw;
@@ -544,16 +513,16 @@ int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
         char allocs[16] = "-";
         char limit[16] = "-";
         bool allocates = false;
-        if (mine != results_.end()) {
-            if (ours && mine->second.items > 1)
-                std::snprintf(per_item, sizeof per_item, "%s", format_time(*ours / mine->second.items).c_str());
-            if (mine->second.allocations >= 0) {
-                allocates = mine->second.allocation_limit >= 0 &&
-                            mine->second.allocations > mine->second.allocation_limit + 0.01;
-                std::snprintf(allocs, sizeof allocs, "%.2f%s", mine->second.allocations, allocates ? "!" : "");
+        if (mine != nullptr) {
+            if (ours && mine->items > 1)
+                std::snprintf(per_item, sizeof per_item, "%s", format_time(*ours / mine->items).c_str());
+            if (mine->allocations >= 0) {
+                allocates = mine->allocation_limit >= 0 &&
+                            mine->allocations > mine->allocation_limit + 0.01;
+                std::snprintf(allocs, sizeof allocs, "%.2f%s", mine->allocations, allocates ? "!" : "");
             }
-            if (mine->second.allocation_limit >= 0)
-                std::snprintf(limit, sizeof limit, "%.0f", mine->second.allocation_limit);
+            if (mine->allocation_limit >= 0)
+                std::snprintf(limit, sizeof limit, "%.0f", mine->allocation_limit);
         }
 
         std::string verdict = has_listing_target(row) ? "ok" : "ok, ratios informational";
@@ -569,7 +538,7 @@ int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
                       ratios[1].c_str(), verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << rows_.size() << " path and file rows miss a target.\n";
+    out << "\n" << misses << " of " << table_.size() << " path and file rows miss a target.\n";
     return misses;
 }
 

@@ -33,17 +33,9 @@ public:
     int print_tables(std::ostream& out) const;
 
 private:
-    struct result {
-        std::vector<double> seconds;  // per call, one entry per repetition
-        double items = 1;             // names per call for the directory rows, else 1
-        double allocations = -1;      // operator new calls per item; -1 when not counted
-        double allocation_limit = -1; // most calls per item the row may make; -1 when it has no target
-    };
-
     int print_filesystem_table(std::ostream& out) const;
 
-    std::map<std::string, result> results_;  // "fs::op/case/impl"
-    std::map<std::string, int64_t> rows_;    // "fs::op/case" -> registration order
+    cpu_run_table table_;
 };
 
 }  // namespace qxbench

@@ -155,4 +155,50 @@ std::vector<std::string> in_registration_order(const std::map<std::string, int64
     return names;
 }
 
+std::pair<std::string, std::string> split_impl(const std::string& name)
+{
+    const std::size_t slash = name.rfind('/');
+    return {name.substr(0, slash), name.substr(slash + 1)};
+}
+
+std::vector<benchmark::BenchmarkReporter::Run> cpu_run_table::record(
+    const std::vector<benchmark::BenchmarkReporter::Run>& runs)
+{
+    using Run = benchmark::BenchmarkReporter::Run;
+    std::vector<Run> shown;
+    for (const Run& run : runs) {
+        if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
+            result& entry = results_[run.run_name.function_name];
+            entry.seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
+            if (const auto items = run.counters.find("items"); items != run.counters.end())
+                entry.items = items->second.value;
+            if (const auto allocs = run.counters.find("allocs"); allocs != run.counters.end())
+                entry.allocations = entry.allocations < 0 ? allocs->second.value
+                                                          : std::min(entry.allocations, allocs->second.value);
+            if (const auto limit = run.counters.find("alloc_limit"); limit != run.counters.end())
+                entry.allocation_limit = limit->second.value;
+            const auto [row, added] = rows_.emplace(split_impl(run.run_name.function_name).first, run.family_index);
+            if (!added)
+                row->second = std::min(row->second, run.family_index);
+        }
+        if (run.error_occurred || run.repetitions <= 1 || run.aggregate_name == "median")
+            shown.push_back(run);
+    }
+    return shown;
+}
+
+const cpu_run_table::result* cpu_run_table::find(const std::string& row, const char* impl) const
+{
+    const auto found = results_.find(row + "/" + impl);
+    return found == results_.end() ? nullptr : &found->second;
+}
+
+std::optional<double> cpu_run_table::time_of(const std::string& row, const char* impl) const
+{
+    const result* found = find(row, impl);
+    if (found == nullptr)
+        return std::nullopt;
+    return best(found->seconds);
+}
+
 }  // namespace qxbench

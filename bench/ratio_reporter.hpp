@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -25,6 +26,37 @@ std::string format_time(double seconds);
 /// the real time per call of every run, keyed by benchmark name "op/text/size/implementation".
 /// Row names in the order their benchmarks were registered.
 std::vector<std::string> in_registration_order(const std::map<std::string, int64_t>& rows);
+
+/// "op/case/impl" split at its last '/' into the row and the implementation.
+std::pair<std::string, std::string> split_impl(const std::string& name);
+
+/// The runs of one table timed on CPU time: on a shared machine the wall clock also counts the
+/// time other processes hold the core, which swings ratios of calls under a microsecond by a third.
+class cpu_run_table {
+public:
+    struct result {
+        std::vector<double> seconds;   // per call, one entry per repetition
+        double items = 1;              // units of work per call (names of a listing), else 1
+        double allocations = -1;       // operator new calls per item; -1 when not counted
+        double allocation_limit = -1;  // most calls the row may make; -1 when it has no target
+    };
+
+    /// Keeps every measured repetition with its counters ("items", "allocs", "alloc_limit") and
+    /// returns the runs the console shows: errors, single runs and medians.
+    std::vector<benchmark::BenchmarkReporter::Run> record(const std::vector<benchmark::BenchmarkReporter::Run>& runs);
+    /// The best time per call of "row/impl", if it ran.
+    std::optional<double> time_of(const std::string& row, const char* impl) const;
+    /// "row/impl" if it ran, else null.
+    const result* find(const std::string& row, const char* impl) const;
+    /// Row names in registration order.
+    std::vector<std::string> rows() const { return in_registration_order(rows_); }
+    bool empty() const { return rows_.empty(); }
+    std::size_t size() const { return rows_.size(); }
+
+private:
+    std::map<std::string, result> results_;  // "op/case/impl"
+    std::map<std::string, int64_t> rows_;    // "op/case" -> registration order
+};
 
 class ratio_reporter : public benchmark::ConsoleReporter {
 public:

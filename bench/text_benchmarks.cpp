@@ -435,13 +435,6 @@ bool has_icu_target(const std::string& row)
     return row.rfind("transform<", 0) == 0 || row.rfind("compare<", 0) == 0;
 }
 
-// "op/text/size/impl" split at its last '/'.
-std::pair<std::string, std::string> split_impl(const std::string& name)
-{
-    const std::size_t slash = name.rfind('/');
-    return {name.substr(0, slash), name.substr(slash + 1)};
-}
-
 }  // namespace
 
 void register_text_benchmarks()
@@ -479,26 +472,7 @@ void text_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
         encoding_ratio_reporter::ReportRuns(runs);
         return;
     }
-    std::vector<Run> shown;
-    for (const Run& run : runs) {
-        if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
-            // CPU time: on a shared machine the wall clock also counts the time other processes
-            // hold the core, which swings ratios of calls under a microsecond by a third.
-            result& entry = results_[run.run_name.function_name];
-            entry.seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
-            if (const auto allocs = run.counters.find("allocs"); allocs != run.counters.end())
-                entry.allocations = entry.allocations < 0 ? allocs->second.value
-                                                          : std::min(entry.allocations, allocs->second.value);
-            if (const auto limit = run.counters.find("alloc_limit"); limit != run.counters.end())
-                entry.allocation_limit = limit->second.value;
-            const std::string row_name = split_impl(run.run_name.function_name).first;
-            const auto [row, added] = rows_.emplace(row_name, run.family_index);
-            if (!added)
-                row->second = std::min(row->second, run.family_index);
-        }
-        if (run.error_occurred || run.repetitions <= 1 || run.aggregate_name == "median")
-            shown.push_back(run);
-    }
+    const std::vector<Run> shown = table_.record(runs);
     if (!shown.empty())
         ConsoleReporter::ReportRuns(shown);
 }
@@ -506,17 +480,12 @@ void text_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
 int text_ratio_reporter::print_tables(std::ostream& out) const
 {
     const int misses = encoding_ratio_reporter::print_tables(out);
-    return rows_.empty() ? misses : misses + print_text_table(out);
+    return table_.empty() ? misses : misses + print_text_table(out);
 }
 
 int text_ratio_reporter::print_text_table(std::ostream& out) const
 {
-    auto time_of = [this](const std::string& row, const char* impl) -> std::optional<double> {
-        const auto found = results_.find(row + "/" + impl);
-        if (found == results_.end())
-            return std::nullopt;
-        return best(found->second.seconds);
-    };
+    auto time_of = [this](const std::string& row, const char* impl) { return table_.time_of(row, impl); };
 
     char line[512];
     std::snprintf(line, sizeof line,
@@ -533,11 +502,11 @@ int text_ratio_reporter::print_text_table(std::ostream& out) const
     out << line;
 
     int misses = 0;
-    for (const std::string& row : in_registration_order(rows_)) {
+    for (const std::string& row : table_.rows()) {
         const std::size_t first = row.find('/');
         const std::size_t last = row.rfind('/');
         const std::optional<double> ours = time_of(row, "qxi18n");
-        const auto mine = results_.find(row + "/qxi18n");
+        const auto mine = table_.find(row, "qxi18n");
 
         std::string ratios[2];
         bool slow = false;
@@ -560,12 +529,12 @@ int text_ratio_reporter::print_text_table(std::ostream& out) const
         char allocs[16] = "-";
         char limit[16] = "-";
         bool allocates = false;
-        if (mine != results_.end() && mine->second.allocations >= 0) {
-            allocates = mine->second.allocation_limit >= 0 &&
-                        mine->second.allocations > mine->second.allocation_limit + 0.01;
-            std::snprintf(allocs, sizeof allocs, "%.1f%s", mine->second.allocations, allocates ? "!" : "");
-            if (mine->second.allocation_limit >= 0)
-                std::snprintf(limit, sizeof limit, "%.0f", mine->second.allocation_limit);
+        if (mine != nullptr && mine->allocations >= 0) {
+            allocates = mine->allocation_limit >= 0 &&
+                        mine->allocations > mine->allocation_limit + 0.01;
+            std::snprintf(allocs, sizeof allocs, "%.1f%s", mine->allocations, allocates ? "!" : "");
+            if (mine->allocation_limit >= 0)
+                std::snprintf(limit, sizeof limit, "%.0f", mine->allocation_limit);
         }
 
         std::string verdict = has_icu_target(row) ? "ok" : "ok, ratios informational";
@@ -582,7 +551,7 @@ int text_ratio_reporter::print_text_table(std::ostream& out) const
                       verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << rows_.size() << " text rows miss a target.\n";
+    out << "\n" << misses << " of " << table_.size() << " text rows miss a target.\n";
     return misses;
 }
 

@@ -30,16 +30,9 @@ public:
     int print_tables(std::ostream& out) const;
 
 private:
-    struct result {
-        std::vector<double> seconds;  // per call, one entry per repetition
-        double allocations = -1;      // operator new calls per call; -1 when not counted
-        double allocation_limit = -1; // most calls the row may make; -1 when it has no target
-    };
-
     int print_text_table(std::ostream& out) const;
 
-    std::map<std::string, result> results_;  // "op/text/size/impl"
-    std::map<std::string, int64_t> rows_;    // "op/text/size" -> registration order
+    cpu_run_table table_;
 };
 
 }  // namespace qxbench
