@@ -68,8 +68,15 @@ public:
 
     bool is_open() const noexcept { return handle != nullptr; }
 
+    /// The last name read, as UTF-16. It is converted on first use into current_name's own
+    /// storage: a plain listing then converts each name once, in the entry's filename().
+    const ustring& last_name();
+    /// True when the last name read is "." or "..". Every file-system encoding keeps ASCII's
+    /// "." and "/", so the bytes tell without a conversion.
+    bool last_name_is_dot_entry() const noexcept;
+
     ustring directory_name;  // as the caller named it
-    ustring current_name;    // the last name read, or the wildcard before the first
+    ustring current_name;    // the wildcard before the first read; see last_name()
     std::string native_directory;
     fl::i18n::character_handling_mode_context mask{fl::i18n::character_handling_mode_context::default_mode};
     int open_error = 0;
@@ -80,10 +87,13 @@ public:
 protected:
     /// Opens `directory`; a failure is left in open_error for the caller to report.
     directory_entry_context(const ustring& directory, const ustring& first_name);
-    /// Reads one entry into `record` and `current_name`.
+    /// Reads one entry into `record`; its name becomes last_name().
     bool read_one();
-    /// The bytes of directory_name, "/", current_name: where a failure is reported.
-    std::string failure_path() const;
+    /// The bytes of directory_name, "/", last_name(): where a failure is reported.
+    std::string failure_path();
+
+private:
+    bool name_pending_ = false;  // record holds a name current_name does not have yet
 };
 
 class directory_entry_without_wc_support_context final : public directory_entry_context {

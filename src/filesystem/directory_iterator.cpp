@@ -2,7 +2,6 @@
 #include "directory_internal.hpp"
 
 #include <fl/filesystem/directory_iterator.hpp>
-#include <fl/filesystem/foundation/pathname.hpp>
 
 namespace fl::filesystem::detail {
 
@@ -34,8 +33,7 @@ void upath_directory_iterator_impl::increment()
         return;
     // The dot entries pass the pattern ("*" matches them) and are dropped here.
     while (reader_->read_next()) {
-        const ustring& name = reader_->current_name;
-        if (include_dot_entries_ || (name != upath_constant::CURRENT_DIRECTORY && name != upath_constant::PARENT_DIRECTORY)) {
+        if (include_dot_entries_ || !reader_->last_name_is_dot_entry()) {
             fill_entry(reader_.get());
             return;
         }

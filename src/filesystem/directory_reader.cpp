@@ -1,6 +1,7 @@
 // The two directory readers, the entry record's name storage and the directory calls.
 #include "directory_internal.hpp"
 #include "filesystem_internal.hpp"
+#include "locale/locale_context.hpp"
 
 #include "common/throw_exception.hpp"
 
@@ -45,9 +46,34 @@ directory_entry_context::directory_entry_context(const ustring& directory, const
 // The handle's deleter closes a directory still open; a destructor cannot report its failure.
 directory_entry_context::~directory_entry_context() = default;
 
-std::string directory_entry_context::failure_path() const
+std::string directory_entry_context::failure_path()
 {
-    return to_filesystem_bytes(directory_name + upath_constant::PATHNAME_SEPARATOR + current_name);
+    return to_filesystem_bytes(directory_name + upath_constant::PATHNAME_SEPARATOR + last_name());
+}
+
+const ustring& directory_entry_context::last_name()
+{
+    if (!name_pending_)
+        return current_name;
+    const char* bytes = record->name_bytes();
+    const unsigned long length = std::strlen(bytes);
+    UConverter* converter = fl::i18n::detail::thread_current_converter();
+    // The storage of the previous name is reused; only a longer name grows it.
+    current_name.resize(current_name.capacity());
+    unsigned long produced = convert_file_name(converter, current_name.data(), current_name.size(), bytes, length);
+    if (produced > current_name.size()) {
+        current_name.resize(produced);
+        produced = convert_file_name(converter, current_name.data(), current_name.size(), bytes, length);
+    }
+    current_name.resize(produced);
+    name_pending_ = false;
+    return current_name;
+}
+
+bool directory_entry_context::last_name_is_dot_entry() const noexcept
+{
+    const char* bytes = record->name_bytes();
+    return bytes[0] == '.' && (bytes[1] == '\0' || (bytes[1] == '.' && bytes[2] == '\0'));
 }
 
 bool directory_entry_context::read_one()
@@ -66,7 +92,7 @@ bool directory_entry_context::read_one()
     }
     record->set_name(entry->d_name, std::strlen(entry->d_name));
     record->entry_type = entry->d_type;
-    current_name = from_filesystem_bytes(record->name_bytes(), std::strlen(record->name_bytes()));
+    name_pending_ = true;
     return true;
 }
 
@@ -109,7 +135,7 @@ bool directory_entry_with_wc_support_context::read_next()
 {
     while (read_one()) {
         fl::i18n::regex_status status = fl::i18n::regex_success;
-        if (matcher.matches(current_name, status))
+        if (matcher.matches(last_name(), status))
             return true;
     }
     return false;

@@ -127,6 +127,14 @@ TEST_F(DirectoryIterator, DotEntriesOnlyWhenAsked)
     fs::upath_directory_iterator it;
     it.reset_iterator(u16at(""), fs::default_initialization, true);
     EXPECT_EQ(names_of(it), (std::set<ustring>{u".", u".."}));
+    // Only the two names themselves are dot entries, not names that start like them.
+    for (const char* name : {".x", "..x", "..."})
+        make_file(at(name));
+    const std::set<ustring> others{u".x", u"..x", u"..."};
+    EXPECT_EQ(names_of(fs::upath_directory_iterator(fs::upath(u16at("")))), others);
+    std::set<ustring> all = others;
+    all.insert({u".", u".."});
+    EXPECT_EQ(names_of(fs::upath_directory_iterator(fs::upath(u16at("")), true)), all);
 }
 
 TEST_F(DirectoryIterator, OpenFailuresNameThePath)
