@@ -59,47 +59,50 @@ void check_file_name_status(UErrorCode status, unsigned long source_length)
     fl::detail::throw_exception(FileNameConversionFailure());
 }
 
-unsigned long convert_file_name(UConverter* converter, char16_t* destination, unsigned long capacity,
-                                const char* source, unsigned long length)
+namespace {
+
+// One pass in either direction. Well-formed text in a UTF-8 file system comes out of ICU's direct
+// UTF-8 transform exactly as out of the converter, at a third of the cost; only ill-formed text
+// (bad bytes, an unpaired surrogate) needs the converter and its call-backs.
+template <class To, class From>
+unsigned long file_name_pass(UConverter* converter, To* destination, unsigned long capacity, const From* source,
+                             unsigned long length)
 {
     const std::int32_t source_units = icu_length(length);
     const std::int32_t destination_units = icu_length(capacity);
     UErrorCode status = U_ZERO_ERROR;
-    // Well-formed UTF-8 comes out of ICU's direct transform exactly as out of a UTF-8 converter,
-    // at a third of the cost; anything else takes the converter and its call-backs.
+    std::int32_t produced = 0;
     if (source_units > 0 && ucnv_getType(converter) == UCNV_UTF8) {
-        std::int32_t produced = 0;
-        u_strFromUTF8(destination, destination_units, &produced, source, source_units, &status);
+        if constexpr (std::is_same_v<To, char16_t>)
+            u_strFromUTF8(destination, destination_units, &produced, source, source_units, &status);
+        else
+            u_strToUTF8(destination, destination_units, &produced, source, source_units, &status);
         if (status != U_INVALID_CHAR_FOUND) {
             check_file_name_status(status, length);
             return result_length(produced);
         }
         status = U_ZERO_ERROR;
     }
-    const std::int32_t produced = ucnv_toUChars(converter, destination, destination_units, source, source_units, &status);
+    if constexpr (std::is_same_v<To, char16_t>)
+        produced = ucnv_toUChars(converter, destination, destination_units, source, source_units, &status);
+    else
+        produced = ucnv_fromUChars(converter, destination, destination_units, source, source_units, &status);
     check_file_name_status(status, length);
     return result_length(produced);
+}
+
+}  // namespace
+
+unsigned long convert_file_name(UConverter* converter, char16_t* destination, unsigned long capacity,
+                                const char* source, unsigned long length)
+{
+    return file_name_pass(converter, destination, capacity, source, length);
 }
 
 unsigned long convert_file_name(UConverter* converter, char* destination, unsigned long capacity,
                                 const char16_t* source, unsigned long length)
 {
-    const std::int32_t source_units = icu_length(length);
-    const std::int32_t destination_units = icu_length(capacity);
-    UErrorCode status = U_ZERO_ERROR;
-    // The same shortcut the other way: only an unpaired surrogate needs the converter.
-    if (source_units > 0 && ucnv_getType(converter) == UCNV_UTF8) {
-        std::int32_t produced = 0;
-        u_strToUTF8(destination, destination_units, &produced, source, source_units, &status);
-        if (status != U_INVALID_CHAR_FOUND) {
-            check_file_name_status(status, length);
-            return result_length(produced);
-        }
-        status = U_ZERO_ERROR;
-    }
-    const std::int32_t produced = ucnv_fromUChars(converter, destination, destination_units, source, source_units, &status);
-    check_file_name_status(status, length);
-    return result_length(produced);
+    return file_name_pass(converter, destination, capacity, source, length);
 }
 
 template <class To, class From>
