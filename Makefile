@@ -8,7 +8,7 @@ CMAKE_FLAGS ?=
 DEB_PACKAGES := cmake g++ make pkg-config locales \
   libicu-dev libexpat1-dev \
   libboost-dev libboost-filesystem-dev libboost-thread-dev libboost-date-time-dev libboost-system-dev \
-  libgtest-dev libgmock-dev libbenchmark-dev libutfcpp-dev unicode-data bzip2
+  libgtest-dev libgmock-dev libbenchmark-dev libutfcpp-dev libuchardet-dev unicode-data bzip2 tzdata
 # libc locales that the tests and the benchmarks' glibc peers use, as SOURCE/CHARMAP/NAME; a
 # fresh Debian machine has only C and POSIX.
 LIBC_LOCALES := de_DE/ISO-8859-1/de_DE de_DE/UTF-8/de_DE.UTF-8 de_DE@euro/ISO-8859-15/de_DE@euro \
@@ -64,11 +64,12 @@ run: build
 	$(BUILD_DIR)/bin/qxi18n demo
 
 bench: deps
-	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DQXI18N_BUILD_BENCH=ON -DQXI18N_BUILD_TESTS=OFF -DQXI18N_BUILD_TOOLS=OFF
-	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench qxi18n_bench_internal qxi18n_bench_startup
+	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DQXI18N_BUILD_BENCH=ON -DQXI18N_BUILD_TESTS=OFF -DQXI18N_BUILD_TOOLS=ON
+	cmake --build $(BENCH_DIR) -j$(JOBS) --target qxi18n_bench qxi18n_bench_internal qxi18n_bench_startup qxi18n_bench_stream
 	$(BENCH_DIR)/bin/qxi18n_bench
 	$(BENCH_DIR)/bin/qxi18n_bench_internal
 	$(BENCH_DIR)/bin/qxi18n_bench_startup
+	$(BENCH_DIR)/bin/qxi18n_bench_stream
 
 clean:
 	rm -rf $(BUILD_DIR) $(BENCH_DIR)

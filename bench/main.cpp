@@ -1,9 +1,13 @@
-// qxi18n_bench: conversions, locales, encoding names, text and paths against ICU, glibc, utf8cpp, std::regex, std::filesystem.
+// qxi18n_bench: conversions, locales, encoding names, text, paths, charset detection, streaming, date-time text and time zones against ICU, Boost, glibc, utf8cpp, std::regex, std::filesystem, libuchardet.
 #include "conversion_benchmarks.hpp"
+#include "datetime_benchmarks.hpp"
+#include "detection_benchmarks.hpp"
 #include "encoding_names_benchmarks.hpp"
 #include "filesystem_benchmarks.hpp"
 #include "locale_benchmarks.hpp"
+#include "streaming_benchmarks.hpp"
 #include "text_benchmarks.hpp"
+#include "timezone_benchmarks.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -52,7 +56,11 @@ int main(int argc, char** argv)
     qxbench::register_encoding_name_benchmarks();
     qxbench::register_text_benchmarks();
     qxbench::register_filesystem_benchmarks();
-    qxbench::filesystem_ratio_reporter reporter;
+    qxbench::register_detection_benchmarks();
+    qxbench::register_streaming_benchmarks();
+    qxbench::register_datetime_benchmarks();
+    qxbench::register_timezone_benchmarks();
+    qxbench::timezone_ratio_reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_tables(std::cout);
     benchmark::Shutdown();

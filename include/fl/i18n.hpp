@@ -2,14 +2,17 @@
 #pragma once
 
 #include <fl/i18n/character_handling.hpp>
+#include <fl/i18n/charset_detection.hpp>
 #include <fl/i18n/codecvt.hpp>
 #include <fl/i18n/conversion.hpp>
 #include <fl/i18n/conversion_error.hpp>
 #include <fl/i18n/converter.hpp>
 #include <fl/i18n/ctype_error.hpp>
+#include <fl/i18n/date_time.hpp>
 #include <fl/i18n/encoding_names.hpp>
 #include <fl/i18n/environment.hpp>
 #include <fl/i18n/export.hpp>
+#include <fl/i18n/facet.hpp>
 #include <fl/i18n/initialize.hpp>
 #include <fl/i18n/lcctype.hpp>
 #include <fl/i18n/locale.hpp>
@@ -21,7 +24,9 @@
 #include <fl/i18n/pattern_match.hpp>
 #include <fl/i18n/regex_error.hpp>
 #include <fl/i18n/scan.hpp>
+#include <fl/i18n/stream_codecvt.hpp>
 #include <fl/i18n/text_compare.hpp>
+#include <fl/i18n/time_zone.hpp>
 #include <fl/i18n/transform.hpp>
 #include <fl/i18n/trim.hpp>
 #include <fl/i18n/ustring.hpp>

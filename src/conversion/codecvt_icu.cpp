@@ -1,4 +1,5 @@
-// The two ICU-backed whole-text converters between ustring and a named encoding.
+// The two ICU-backed whole-text converters between ustring and a named encoding, and the opening
+// of the converter state they share with the streaming converters.
 #include "conversion_internal.hpp"
 #include "converter_state.hpp"
 
@@ -7,6 +8,8 @@
 
 namespace fl::i18n {
 
+namespace detail {
+
 namespace {
 
 // An empty name means the encoding of the global locale at construction; an alias is left to ICU.
@@ -14,6 +17,29 @@ std::string resolve_encoding(const std::string& encoding)
 {
     return encoding.empty() ? QxLocale::global().getEncoding() : encoding;
 }
+
+}  // namespace
+
+std::unique_ptr<converter_state> open_to_unicode_state(const std::string& encoding, std::uint32_t mode)
+{
+    auto state = std::make_unique<converter_state>(resolve_encoding(encoding));
+    if (mode != cvt_call_back_default)
+        state->change_to_unicode_call_back(mode);
+    return state;
+}
+
+std::unique_ptr<converter_state> open_from_unicode_state(const std::string& encoding, std::uint32_t mode,
+                                                         const std::string& substitution)
+{
+    auto state = std::make_unique<converter_state>(resolve_encoding(encoding));
+    if (mode != cvt_call_back_default)
+        state->change_from_unicode_call_back(mode, substitution);
+    return state;
+}
+
+}  // namespace detail
+
+namespace {
 
 detail::converter_state& require_state(const std::unique_ptr<detail::converter_state>& state)
 {
@@ -27,17 +53,13 @@ detail::converter_state& require_state(const std::unique_ptr<detail::converter_s
 // --- codecvt_string_to_ustring ---
 
 codecvt_string_to_ustring::codecvt_string_to_ustring(const std::string& encoding, bool substitute)
-    : state_(std::make_unique<detail::converter_state>(resolve_encoding(encoding)))
+    : state_(detail::open_to_unicode_state(encoding, substitute ? cvt_call_back_default : cvt_call_back_stop))
 {
-    if (!substitute)
-        state_->change_to_unicode_call_back(cvt_call_back_stop);
 }
 
 codecvt_string_to_ustring::codecvt_string_to_ustring(codecvt_call_back_mode mode, const std::string& encoding)
-    : state_(std::make_unique<detail::converter_state>(resolve_encoding(encoding)))
+    : state_(detail::open_to_unicode_state(encoding, mode))
 {
-    if (mode != cvt_call_back_default)
-        state_->change_to_unicode_call_back(mode);
 }
 
 codecvt_string_to_ustring::codecvt_string_to_ustring(codecvt_string_to_ustring&& other) noexcept : state_(std::move(other.state_)) {}
@@ -91,18 +113,15 @@ unsigned long codecvt_string_to_ustring::do_convert(char16_t* destination, unsig
 // --- codecvt_ustring_to_string ---
 
 codecvt_ustring_to_string::codecvt_ustring_to_string(const std::string& encoding, bool substitute)
-    : state_(std::make_unique<detail::converter_state>(resolve_encoding(encoding)))
+    : state_(detail::open_from_unicode_state(encoding, substitute ? cvt_call_back_default : cvt_call_back_stop,
+                                             std::string()))
 {
-    if (!substitute)
-        state_->change_from_unicode_call_back(cvt_call_back_stop, std::string());
 }
 
 codecvt_ustring_to_string::codecvt_ustring_to_string(codecvt_call_back_mode mode, const std::string& encoding,
                                                      const std::string& substitution)
-    : state_(std::make_unique<detail::converter_state>(resolve_encoding(encoding)))
+    : state_(detail::open_from_unicode_state(encoding, mode, substitution))
 {
-    if (mode != cvt_call_back_default)
-        state_->change_from_unicode_call_back(mode, substitution);
 }
 
 codecvt_ustring_to_string::codecvt_ustring_to_string(codecvt_ustring_to_string&& other) noexcept : state_(std::move(other.state_)) {}

@@ -66,4 +66,11 @@ private:
     const std::string no_name_;
 };
 
+/// Opens `encoding` (empty: the global locale's encoding now) for conversion to UTF-16 and
+/// installs `mode` unless it is 0. Throws CvtInvalidEncodingName or the call-back's exception.
+std::unique_ptr<converter_state> open_to_unicode_state(const std::string& encoding, std::uint32_t mode);
+/// The same for conversion from UTF-16; `substitution` is used by mode 0x10.
+std::unique_ptr<converter_state> open_from_unicode_state(const std::string& encoding, std::uint32_t mode,
+                                                         const std::string& substitution);
+
 }  // namespace fl::i18n::detail

@@ -25,12 +25,15 @@ table=$(paste <(printf '%s\n' "$symbols" | tr ' ' '\t') \
 
 ours="^([^ (]+ )?($ns_alt)::"
 ours_inside="(^|<)($ns_alt)::"
-# A return type of one or more words ("unsigned short*") may stand before the name;
-# "decltype(auto)" is the one with parentheses.
-library_template="^((decltype\\(auto\\)|[^ (]+) )*(std|__gnu_cxx|boost)::"
+# A return type of one or more words ("unsigned short*") may stand before the name, and so may
+# a decltype ("decltype(auto)", "decltype (__miter_base(...))").
+library_template="^((decltype ?\\(.*\\)|[^ (]+) )*(std|__gnu_cxx|boost)::"
 # ICU renames its C symbols with a version suffix (ucnv_open_72) and its classes into icu_72::.
 foreign_raw="^XML_|^Xml[A-Z]|^[A-Za-z][A-Za-z0-9_]*_[0-9]+$"
 foreign_demangled="icu(_[0-9]+)?::"
+# libstdc++ compiles the char16_t members of these three facets for no character type but char
+# and wchar_t; libqxi18n defines them as its own interface for char16_t streams.
+std_char16_facets="^([^ (]+ )*std::(ctype|ctype_byname|__cxx11::numpunct)<char16_t>::"
 special="^(typeinfo for |typeinfo name for |vtable for |VTT for |construction vtable for |guard variable for |(non-)?virtual thunk to )"
 bad=0
 own=0
@@ -40,7 +43,7 @@ while IFS=$'\t' read -r type raw demangled plain; do
     bad=1
     continue
   fi
-  if [[ $plain =~ $ours ]]; then
+  if [[ $plain =~ $ours || ( $type == T && $demangled =~ $std_char16_facets ) ]]; then
     own=$((own + 1))
     continue
   fi

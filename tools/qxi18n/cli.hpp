@@ -96,6 +96,7 @@ private:
 };
 
 int run_convert(int argc, char** argv);
+int run_detect(int argc, char** argv);
 int run_list_encodings(int argc, char** argv);
 int run_locale(int argc, char** argv);
 int run_encoding(int argc, char** argv);
@@ -105,6 +106,7 @@ int run_demo(int argc, char** argv);
 int run_ls(int argc, char** argv);
 int run_path(int argc, char** argv);
 int run_tmp(int argc, char** argv);
+int run_time(int argc, char** argv);
 
 /// A file name from the command line, bytes of the default encoding, as UTF-16; bytes that do
 /// not decode throw the converter's exception.

@@ -23,13 +23,14 @@ constexpr std::size_t max_piece_size = std::size_t{1} << 30;
 void print_help()
 {
     std::printf(
-        "Usage: qxi18n convert -f FROM -t TO [--on-error=MODE] [FILE...]\n\n"
+        "Usage: qxi18n convert -f FROM -t TO [--on-error=MODE] [--piece-size=BYTES] [FILE...]\n\n"
         "Converts each FILE from the encoding FROM to the encoding TO and writes the\n"
         "result to standard output. With no FILE, or for \"-\", reads standard input.\n"
         "Encoding names and aliases are ICU's: see 'qxi18n list-encodings'. An empty\n"
-        "name (-f '') is the library's default encoding, that of its global locale.\n\n"
+        "name (-f '') is the library's default encoding, that of its global locale.\n"
+        "-f auto guesses the encoding of each input from its first 64 KiB.\n\n"
         "Options:\n"
-        "  -f, --from=ENCODING     encoding of the input\n"
+        "  -f, --from=ENCODING     encoding of the input, or auto\n"
         "  -t, --to=ENCODING       encoding of the output\n"
         "      --on-error=MODE     what happens to a malformed or unmappable sequence:\n"
         "        stop              (default) stop at the first one, report it as\n"
@@ -48,14 +49,15 @@ void print_help()
         "                          sequence becomes U+FFFD, escaped if TO lacks it\n"
         "      --piece-size=BYTES  bytes read at a time (default 65536)\n"
         "  -h, --help              show this help\n\n"
-        "Input is read in pieces cut after the last line end read, so memory stays\n"
-        "small on large files; a line longer than a piece is kept whole. Line ends are\n"
-        "looked for in the encoding of the input, aligned to the units of UTF-16 and\n"
-        "UTF-32. The byte order mark of \"UTF-16\" or \"UTF-32\" input is read once, at\n"
-        "the start of each file. Stateful encodings (ISO-2022-*, HZ, UTF-7, SCSU,\n"
-        "BOCU-1, stateful EBCDIC, IMAP mailbox names, LMBCS, ISCII, COMPOUND_TEXT)\n"
-        "cannot be cut safely: when FROM or TO is one of them, each file is converted\n"
-        "in one piece and held in memory whole.\n\n"
+        "Input is streamed: read in blocks cut anywhere, with a character split between\n"
+        "two blocks carried over, so memory stays small however large the input is, in\n"
+        "every encoding, stateful ones (ISO-2022-*, HZ, UTF-7, ...) included. The byte\n"
+        "order mark of \"UTF-16\" or \"UTF-32\" input is read at the start of each file.\n"
+        "All inputs make one output stream: a mark or an opening shift of TO is written\n"
+        "once. Lines are counted by line feeds (U+000A) of the decoded text. In stop\n"
+        "mode an unfinished line is held back until its end; a line of more than\n"
+        "524288 UTF-16 units goes out in parts, so its beginning may be written before\n"
+        "a bad sequence in it is reported.\n\n"
         "A missing or unreadable FILE is reported and skipped; the other files are\n"
         "still converted and the exit status is 1. In stop mode the first bad sequence\n"
         "ends the run.\n\n"
@@ -90,6 +92,36 @@ struct file_closer {
 };
 using file_ptr = std::unique_ptr<std::FILE, file_closer>;
 
+// Converts the files in order; in stop mode the first bad sequence ends the run.
+int convert_files(transcoder& engine, const std::vector<std::string>& files)
+{
+    int status = exit_ok;
+    for (const std::string& name : files) {
+        try {
+            if (name == "-") {
+                if (!engine.run(stdin, "<stdin>"))
+                    return exit_data_error;
+                continue;
+            }
+            const file_ptr file(std::fopen(name.c_str(), "rb"));
+            if (!file) {
+                report(name + ": " + std::strerror(errno));
+                status = exit_data_error;
+                continue;
+            }
+            if (!engine.run(file.get(), name))
+                return exit_data_error;
+        } catch (const read_error& e) {
+            report(e.what());
+            status = exit_data_error;
+        } catch (const CvtInvalidEncodingName& e) {
+            report(name + ": cannot open the encoding '" + e.get_encoding_name() + "'");
+            status = exit_data_error;
+        }
+    }
+    return status;
+}
+
 }  // namespace
 
 int run_convert(int argc, char** argv)
@@ -112,7 +144,7 @@ int run_convert(int argc, char** argv)
         else if (args.option(nullptr, "--on-error", value))
             settings.mode = parse_mode(value);
         else if (args.option(nullptr, "--piece-size", value))
-            settings.piece_size = parse_piece_size(value);
+            settings.block_size = parse_piece_size(value);
         else
             files.push_back(args.operand());
     }
@@ -134,28 +166,8 @@ int run_convert(int argc, char** argv)
     if (files.empty())
         files.emplace_back("-");
 
-    int status = exit_ok;
-    for (const std::string& name : files) {
-        try {
-            if (name == "-") {
-                if (!engine->run(stdin, "<stdin>"))
-                    return exit_data_error;
-                continue;
-            }
-            const file_ptr file(std::fopen(name.c_str(), "rb"));
-            if (!file) {
-                report(name + ": " + std::strerror(errno));
-                status = exit_data_error;
-                continue;
-            }
-            if (!engine->run(file.get(), name))
-                return exit_data_error;
-        } catch (const read_error& e) {
-            report(e.what());
-            status = exit_data_error;
-        }
-    }
-    return status;
+    const int status = convert_files(*engine, files);
+    return engine->finish() ? status : exit_data_error;
 }
 
 }  // namespace qxi18n_tool

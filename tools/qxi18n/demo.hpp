@@ -26,6 +26,10 @@ extern const std::size_t section_count;
 void show_text_engine(const context& ctx);
 /// Directory listing, path comparison and name validation, in a file of its own.
 void show_files(const context& ctx);
+/// Date-time text and time zones, in a file of its own.
+void show_time(const context& ctx);
+/// Charset detection on the samples, in a file of its own.
+void show_detection(const context& ctx);
 
 /// The bytes of `file` in the sample directory; throws read_error.
 std::string read_sample(const context& ctx, const std::string& file);

@@ -8,6 +8,7 @@
 #include <fl/i18n/encoding_names.hpp>
 #include <fl/i18n/locale.hpp>
 #include <fl/i18n/locale_management.hpp>
+#include <fl/i18n/stream_codecvt.hpp>
 
 #include <cstdio>
 #include <string>
@@ -134,8 +135,20 @@ void show_malformed_input(const context& ctx)
     std::printf("\nA text that ends inside a character (E2 82, two bytes of three):\n"
                 "  strict  %s\n  lenient %s\n", strict_result.c_str(),
                 ustring_to_utf8(to_ustring(truncated, lenient)).c_str());
-    std::printf("\n'qxi18n convert -f UTF-8 -t UTF-8 malformed.utf-8.txt' writes lines 1 and 2,\n"
-                "then reports \"malformed.utf-8.txt:3: invalid or unmappable character sequence\".\n");
+    // A streaming converter keeps the partial character for the next piece instead.
+    const stream_codecvt_string_to_ustring stream("UTF-8", false);
+    const std::string pieces[] = {"\xE2\x82", "\xAC!"};
+    char16_t units[8];
+    char16_t* out = units;
+    for (const std::string& piece : pieces) {
+        const char* next = piece.data();
+        stream.convert(&out, units + 8, &next, next + piece.size(), &piece == &pieces[1]);
+    }
+    std::printf("  fed to stream_codecvt_string_to_ustring as E2 82 | AC 21: %s\n",
+                ustring_to_utf8(ustring(units, out)).c_str());
+    std::printf("\n'qxi18n convert -f UTF-8 -t UTF-8 malformed.utf-8.txt' streams the file this way,\n"
+                "writes lines 1 and 2, then reports\n"
+                "\"malformed.utf-8.txt:3: invalid or unmappable character sequence\".\n");
 }
 
 void show_locales(const context&)
@@ -216,9 +229,11 @@ const section sections[] = {
     {"Malformed input", show_malformed_input},
     {"Locales", show_locales},
     {"Encoding names", show_encoding_names},
+    {"Charset detection", show_detection},
     {"Start-up", show_start_up},
     {"Text engine", show_text_engine},
     {"Files and directories", show_files},
+    {"Dates, times and time zones", show_time},
 };
 const std::size_t section_count = sizeof sections / sizeof sections[0];
 

@@ -22,6 +22,7 @@ struct command {
 
 const command commands[] = {
     {"convert", "convert text from one encoding to another", run_convert},
+    {"detect", "guess the encoding of files from their leading bytes", run_detect},
     {"list-encodings", "list the encodings ICU can open, with their aliases", run_list_encodings},
     {"locale", "what the library makes of locale names", run_locale},
     {"encoding", "the standard, ICU and JVM names of encoding names", run_encoding},
@@ -30,6 +31,7 @@ const command commands[] = {
     {"ls", "list directories, one level or a whole tree, with a wildcard filter", run_ls},
     {"path", "compare paths and validate names by the rules of a volume", run_path},
     {"tmp", "a fresh temporary file name, or a freshly created temporary file", run_tmp},
+    {"time", "date-time text, wall-clock times between time zones, zone ids", run_time},
     {"demo", "a short tour of the library on the bundled sample texts", run_demo},
 };
 

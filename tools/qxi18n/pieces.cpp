@@ -1,127 +1,87 @@
-// Line ends in raw bytes, and a reader that hands out input in pieces ending at them.
+// Reading input in fixed blocks, and guessing its encoding from the first of them.
 #include "pieces.hpp"
 
 #include "cli.hpp"
+#include "detect.hpp"
 
+#include <fl/i18n/charset_detection.hpp>
+#include <fl/i18n/conversion.hpp>
+
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <string_view>
+#include <iostream>
+#include <utility>
 
 namespace qxi18n_tool {
 
-line_ends::line_ends(std::string pattern, std::size_t align)
-    : pattern_(std::move(pattern)), align_(align == 0 ? 1 : align)
+block_reader::block_reader(std::FILE* in, std::string name, std::size_t block_size)
+    : in_(in), name_(std::move(name)), block_size_(std::max<std::size_t>(block_size, 1)),
+      capacity_(block_size_), buffer_(new char[capacity_])
 {
 }
 
-std::size_t line_ends::last_end(const char* data, std::size_t size, std::size_t& from) const
+// Reads until `wanted` bytes stand at `offset` or the input ends; returns the bytes read.
+std::size_t block_reader::fill(std::size_t offset, std::size_t wanted)
 {
-    if (!known() || from >= size)
-        return 0;
-    if (pattern_.size() == 1 && align_ == 1) {
-        const std::size_t start = from;
-        const std::size_t hit = std::string_view(data + start, size - start).rfind(pattern_[0]);
-        from = size;
-        return hit == std::string_view::npos ? 0 : start + hit + 1;
-    }
-    std::size_t found = 0;
-    std::size_t p = from;
-    while (p + pattern_.size() <= size) {
-        if (std::memcmp(data + p, pattern_.data(), pattern_.size()) == 0) {
-            found = p + pattern_.size();
-            p = found;
-        } else {
-            p += align_;
+    std::size_t got = 0;
+    while (!eof_ && got < wanted) {
+        const std::size_t n = std::fread(buffer_.get() + offset + got, 1, wanted - got, in_);
+        got += n;
+        if (n == 0) {
+            if (std::ferror(in_))
+                throw read_error(name_ + ": " + std::strerror(errno));
+            eof_ = true;
         }
     }
-    from = p;
-    return found;
+    return got;
 }
 
-std::vector<std::size_t> line_ends::ends(const char* data, std::size_t size) const
+std::string_view block_reader::peek(std::size_t n)
 {
-    std::vector<std::size_t> result;
-    if (!known())
-        return result;
-    std::size_t p = 0;
-    while (p + pattern_.size() <= size) {
-        if (std::memcmp(data + p, pattern_.data(), pattern_.size()) == 0) {
-            p += pattern_.size();
-            result.push_back(p);
-        } else {
-            p += align_;
-        }
+    if (n > capacity_) {
+        std::unique_ptr<char[]> larger(new char[n]);
+        std::memcpy(larger.get(), buffer_.get(), peeked_);
+        buffer_ = std::move(larger);
+        capacity_ = n;
     }
-    return result;
+    if (peeked_ < n)
+        peeked_ += fill(peeked_, n - peeked_);
+    return {buffer_.get(), peeked_};
 }
 
-std::size_t line_ends::count(const char* data, std::size_t size) const
+std::string_view block_reader::next()
 {
-    if (pattern_.size() == 1 && align_ == 1) {
-        std::size_t n = 0;
-        for (const char* p = data; (p = static_cast<const char*>(std::memchr(p, pattern_[0],
-                                        static_cast<std::size_t>(data + size - p)))) != nullptr;
-             ++p)
-            ++n;
-        return n;
+    if (peeked_ != 0) {
+        const std::size_t size = std::exchange(peeked_, 0);
+        return {buffer_.get(), size};
     }
-    return ends(data, size).size();
+    return {buffer_.get(), fill(0, block_size_)};
 }
 
-piece_reader::piece_reader(std::FILE* in, std::string name, std::size_t piece_size)
-    : in_(in), name_(std::move(name)), piece_size_(piece_size == 0 ? 1 : piece_size)
+namespace {
+
+bool starts_with(std::string_view bytes, std::string_view mark)
 {
+    return bytes.substr(0, mark.size()) == mark;
 }
 
-void piece_reader::read_chunk()
-{
-    const std::size_t old_size = buffer_.size();
-    buffer_.resize(old_size + piece_size_);
-    const std::size_t got = std::fread(&buffer_[old_size], 1, piece_size_, in_);
-    buffer_.resize(old_size + got);
-    if (got < piece_size_) {
-        if (std::ferror(in_))
-            throw read_error(name_ + ": " + std::strerror(errno));
-        eof_ = true;
-    }
-}
+}  // namespace
 
-const std::string& piece_reader::peek(std::size_t n)
+std::string detect_encoding(std::string_view head, bool more_follows, const std::string& name)
 {
-    while (!eof_ && buffer_.size() < n)
-        read_chunk();
-    return buffer_;
-}
-
-void piece_reader::drop(std::size_t n)
-{
-    buffer_.erase(0, n);
-    scanned_ = 0;
-}
-
-bool piece_reader::next(std::string& piece, const line_ends& ends)
-{
-    piece.clear();
-    for (;;) {
-        if (!eof_)
-            read_chunk();
-        const std::size_t cut = ends.last_end(buffer_.data(), buffer_.size(), scanned_);
-        if (cut != 0) {
-            piece.assign(buffer_, 0, cut);
-            buffer_.erase(0, cut);
-            // The rest holds no line end; the scan of the next piece starts where this one stopped.
-            scanned_ -= cut;
-            return true;
-        }
-        if (eof_) {
-            if (buffer_.empty())
-                return false;
-            piece.swap(buffer_);
-            buffer_.clear();
-            scanned_ = 0;
-            return true;
-        }
-    }
+    const std::size_t length = more_follows ? cut_at_utf8_boundary(head.data(), head.size()) : head.size();
+    std::string encoding =
+        fl::i18n::detect_charset(head.data(), length, std::cerr, fl::i18n::utf8_to_ustring(name));
+    // The explicit-order names would read a byte order mark as U+FEFF.
+    using namespace std::string_view_literals;
+    if ((encoding == "UTF-16LE" && starts_with(head, "\xFF\xFE"sv))
+        || (encoding == "UTF-16BE" && starts_with(head, "\xFE\xFF"sv)))
+        return "UTF-16";
+    if ((encoding == "UTF-32LE" && starts_with(head, "\xFF\xFE\0\0"sv))
+        || (encoding == "UTF-32BE" && starts_with(head, "\0\0\xFE\xFF"sv)))
+        return "UTF-32";
+    return encoding;
 }
 
 }  // namespace qxi18n_tool

@@ -1,61 +1,51 @@
-// Cutting raw input of any encoding into bounded pieces that end at line ends.
+// Raw input of any encoding in fixed blocks, and the guess of its encoding from the first block.
 #pragma once
 
 #include <cstddef>
 #include <cstdio>
+#include <memory>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace qxi18n_tool {
 
-/// Line ends in the bytes of one encoding: its encoded "\n", matched only at offsets that are
-/// multiples of `align`, so that the bytes of a UTF-16 or UTF-32 unit are never taken apart.
-/// A default-constructed object knows no line end, and nothing is ever cut with it.
-class line_ends {
-public:
-    line_ends() = default;
-    /// `pattern` must not be empty and its length must be a multiple of `align`.
-    line_ends(std::string pattern, std::size_t align);
-
-    bool known() const { return !pattern_.empty(); }
-    /// Offset just past the last line end that starts in [from, size), or 0 if there is none.
-    /// `from` must be aligned; it is moved to where the next scan of a longer buffer resumes.
-    std::size_t last_end(const char* data, std::size_t size, std::size_t& from) const;
-    /// Offsets just past each line end, in order.
-    std::vector<std::size_t> ends(const char* data, std::size_t size) const;
-    /// Number of line ends.
-    std::size_t count(const char* data, std::size_t size) const;
-
-private:
-    std::string pattern_;
-    std::size_t align_ = 1;
-};
-
-/// Reads one input in pieces: each a few whole lines up to about `piece_size` bytes, so memory
-/// stays small however large the input is. A line longer than a piece is kept whole.
-class piece_reader {
+/// Reads one input in blocks of a fixed size, cut wherever the size falls: the streaming
+/// converters carry a character split between two blocks. Memory stays one block (or the
+/// bytes peeked at, if more) however large the input is.
+class block_reader {
 public:
     /// `name` is used in error messages only; `in` stays open and owned by the caller.
-    piece_reader(std::FILE* in, std::string name, std::size_t piece_size);
+    block_reader(std::FILE* in, std::string name, std::size_t block_size);
 
-    /// Reads until at least `n` bytes are buffered or the input ends; returns the buffer.
-    const std::string& peek(std::size_t n);
-    /// Forgets the first `n` buffered bytes (a byte order mark).
-    void drop(std::size_t n);
-    /// The next piece: everything up to the last line end read so far, or the rest of the input
-    /// once it has ended. With no known line ends the whole input is one piece. False when the
-    /// input is exhausted. Throws io_error if reading fails.
-    bool next(std::string& piece, const line_ends& ends);
+    /// The first bytes of the input, up to `n`, read ahead; next() hands them out again.
+    /// Call it before the first next(). Throws read_error.
+    std::string_view peek(std::size_t n);
+    /// True once a read has met the end of the input.
+    bool at_end() const { return eof_; }
+    /// The next block; empty once the input has ended. The view lives until the next call.
+    /// Throws read_error.
+    std::string_view next();
 
 private:
-    void read_chunk();
+    std::size_t fill(std::size_t offset, std::size_t wanted);
 
     std::FILE* in_;
     std::string name_;
-    std::size_t piece_size_;
-    std::string buffer_;
-    std::size_t scanned_ = 0;
+    std::size_t block_size_;
+    std::size_t capacity_;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t peeked_ = 0;  // bytes read by peek and not yet handed out
     bool eof_ = false;
 };
+
+/// How many bytes the encoding of an input is guessed from.
+inline constexpr std::size_t detection_bytes = 64 * 1024;
+
+/// The encoding of an input that starts with `head`, guessed by the library's detection
+/// (fl::i18n::detect_charset). If the input goes on after `head`, a UTF-8 sequence cut at its
+/// end is left out, so that a valid UTF-8 text is not taken for something else. A UTF-16 or
+/// UTF-32 text that opens with its byte order mark gets the name that reads and drops the mark.
+/// `name` names the input in the diagnostics that QX_CHARSET_DETECT_DIAG asks for.
+std::string detect_encoding(std::string_view head, bool more_follows, const std::string& name);
 
 }  // namespace qxi18n_tool

@@ -1,63 +1,41 @@
-// Converting inputs piece by piece, and finding the line of the first bad sequence.
+// Streaming each input through the library's converters. In stop mode an unfinished line is held
+// back until its end arrives, so that a failure leaves exactly the lines before it written.
 #include "transcoder.hpp"
 
 #include "cli.hpp"
+#include "pieces.hpp"
 
-#include <fl/i18n/conversion.hpp>
 #include <fl/i18n/conversion_error.hpp>
+#include <fl/i18n/encoding_names.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <vector>
 
 namespace qxi18n_tool {
 
 using namespace fl::i18n;
 
-struct transcoder::input_side {
-    codecvt_string_to_ustring converter;
-    line_ends ends;
-    bool whole;  // the input cannot be cut: it is converted in one call
-};
-
 namespace {
 
-// The bytes that one more "\n" adds in `encoding`. Encoding "\n\n" and "\n" and taking the
-// difference leaves out a byte order mark or an opening shift that starts every call.
-line_ends find_line_ends(const std::string& encoding, std::size_t align)
+// Units of converted text between the two converters. In stop mode an unfinished line waits here
+// for its end; a line longer than this goes on in parts, so a failure in it may come after its
+// beginning was written.
+constexpr std::size_t stage_units = 512 * 1024;
+constexpr std::size_t first_output_bytes = 64 * 1024;
+
+template <class Unit>
+std::size_t after_last_line_end(const Unit* units, std::size_t count)
 {
-    try {
-        const codecvt_ustring_to_string encoder(encoding, false);
-        const std::string one = to_string(u"\n", encoder);
-        const std::string two = to_string(u"\n\n", encoder);
-        if (two.size() <= one.size() || two.compare(0, one.size(), one) != 0)
-            return {};
-        std::string pattern = two.substr(one.size());
-        if (pattern.size() % align != 0)
-            return {};
-        return line_ends(std::move(pattern), align);
-    } catch (const CvtExceptionBase&) {
-        return {};  // "\n" has no form of its own here: the input is not cut
-    }
+    while (count > 0 && units[count - 1] != Unit('\n'))
+        --count;
+    return count;
 }
 
-// What every conversion into `encoding` writes before the first character: compare "a" with
-// "aa". Empty for most encodings.
-std::string find_per_call_prefix(const std::string& encoding)
+template <class Unit>
+std::size_t count_line_ends(const Unit* units, std::size_t count)
 {
-    try {
-        const codecvt_ustring_to_string encoder(encoding, true);
-        const std::string a = to_string(u"a", encoder);
-        const std::string aa = to_string(u"aa", encoder);
-        if (aa.size() <= a.size() || aa.size() - a.size() > a.size())
-            return {};
-        const std::size_t prefix_length = a.size() - (aa.size() - a.size());
-        const std::string prefix = a.substr(0, prefix_length);
-        const std::string unit = a.substr(prefix_length);
-        return aa == prefix + unit + unit ? prefix : std::string();
-    } catch (const CvtExceptionBase&) {
-        return {};
-    }
+    return static_cast<std::size_t>(std::count(units, units + count, Unit('\n')));
 }
 
 std::string describe(const CvtExceptionBase& e)
@@ -74,120 +52,155 @@ std::string describe(const CvtExceptionBase& e)
 
 }  // namespace
 
-output_sink::output_sink(std::FILE* out, std::string per_call_prefix)
-    : out_(out), prefix_(std::move(per_call_prefix))
-{
-}
-
-void output_sink::write(const std::string& bytes)
-{
-    if (bytes.empty())
-        return;
-    std::size_t skip = 0;
-    if (started_ && !prefix_.empty() && bytes.compare(0, prefix_.size(), prefix_) == 0)
-        skip = prefix_.size();
-    started_ = true;
-    const std::size_t length = bytes.size() - skip;
-    if (std::fwrite(bytes.data() + skip, 1, length, out_) != length)
-        throw io_error(std::string("write error on standard output: ") + std::strerror(errno));
-}
-
 transcoder::transcoder(const convert_settings& settings, std::FILE* out)
-    : settings_(settings)
+    : settings_(settings), out_(out), stop_(settings.mode == cvt_call_back_stop),
+      // On a failure the multi-streaming converter drops what its pivot holds, so stop mode,
+      // which writes every line before the failure, keeps the UTF-16 stage in its own hands.
+      to_utf8_(!stop_ && get_standard_encoding_name(settings.to) == "UTF-8")
 {
-    from_traits_ = probe_encoding(settings_.from);
-    to_stateful_ = probe_encoding(settings_.to).stateful;
     // An unknown encoding fails here, before any input is read.
-    input(settings_.from);
-    output_ = std::make_unique<codecvt_ustring_to_string>(settings_.mode, settings_.to, "");
-    sink_ = std::make_unique<output_sink>(out, find_per_call_prefix(settings_.to));
+    if (settings_.from != detected_encoding)
+        stream_codecvt_string_to_ustring(settings_.from, true);
+    if (to_utf8_) {
+        utf8_.reset(new char[stage_units]);
+    } else {
+        output_ = std::make_unique<stream_codecvt_ustring_to_string>(settings_.mode, settings_.to, "");
+        units_.reset(new char16_t[stage_units]);
+        bytes_.resize(first_output_bytes);
+    }
 }
 
 transcoder::~transcoder() = default;
 
-const transcoder::input_side& transcoder::input(const std::string& encoding)
-{
-    auto& slot = inputs_[encoding];
-    if (!slot) {
-        const auto mode = settings_.mode == cvt_call_back_stop ? cvt_call_back_stop : cvt_call_back_default;
-        codecvt_string_to_ustring converter(mode, encoding);
-        const encoding_traits traits = probe_encoding(encoding);
-        line_ends ends = find_line_ends(encoding, traits.min_char_size);
-        const bool whole = traits.stateful || to_stateful_ || !ends.known();
-        slot.reset(new input_side{std::move(converter), std::move(ends), whole});
-    }
-    return *slot;
-}
-
-std::string transcoder::convert(const input_side& side, const char* data, std::size_t size) const
-{
-    if (size == 0)
-        return {};
-    return to_string(side.converter.convert(data, size), *output_);
-}
-
 bool transcoder::run(std::FILE* in, const std::string& name)
 {
-    piece_reader reader(in, name, settings_.piece_size);
-    std::string encoding = settings_.from;
-    if (const std::size_t width = from_traits_.byte_order_mark_width; width != 0) {
-        // Each call of the library's converter starts afresh, so only the first piece could
-        // carry the mark: read it once and go on with the byte order it names.
-        std::size_t mark = 0;
-        encoding = byte_order_encoding(width, reader.peek(width), mark);
-        reader.drop(mark);
+    block_reader reader(in, name, settings_.block_size);
+    std::string from = settings_.from;
+    if (from == detected_encoding) {
+        const std::string_view head = reader.peek(detection_bytes);
+        from = detect_encoding(head, !reader.at_end(), name);
     }
-    const input_side& side = input(encoding);
-    static const line_ends uncut;
-    std::size_t lines = 0;  // line ends before the current piece
-    std::string piece;
-    while (reader.next(piece, side.whole ? uncut : side.ends)) {
-        std::string converted;
-        try {
-            converted = convert(side, piece.data(), piece.size());
-        } catch (const CvtExceptionBase&) {
-            report_failure(side, piece, lines, name);
-            return false;
-        }
-        sink_->write(converted);
-        if (!side.whole)
-            lines += side.ends.count(piece.data(), piece.size());
+    std::optional<failure> failed;
+    if (to_utf8_) {
+        // Lenient UTF-8 out needs no UTF-16 stage of ours: ICU pivots inside the converter, for
+        // many encodings without UTF-16 at all.
+        const stream_codecvt_string_to_utf8string converter(from, !stop_);
+        failed = pump(converter, reader, utf8_.get(), [this](const char* bytes, std::size_t count, std::size_t) {
+            write(bytes, count);
+            return std::optional<failure>();
+        });
+    } else {
+        const stream_codecvt_string_to_ustring converter(from, !stop_);
+        failed = pump(converter, reader, units_.get(), [this](const char16_t* units, std::size_t count,
+                                                              std::size_t lines) {
+            return emit_units(units, count, lines);
+        });
     }
-    return true;
+    if (!failed)
+        return true;
+    report(name + (failed->line == 0 ? "" : ":" + std::to_string(failed->line)) + ": " + failed->what);
+    return false;
 }
 
-void transcoder::report_failure(const input_side& side, const std::string& data,
-                                std::size_t lines_before, const std::string& name)
+// Converts all of one input into `stage` and hands the units on to `emit(units, count, lines
+// before them)`: whole lines in stop mode, everything otherwise.
+template <class Unit, class Converter, class Emit>
+std::optional<transcoder::failure> transcoder::pump(const Converter& in, block_reader& reader, Unit* stage,
+                                                    Emit emit)
 {
-    std::vector<std::size_t> cuts = side.ends.ends(data.data(), data.size());
-    if (cuts.empty() || cuts.back() != data.size())
-        cuts.push_back(data.size());
-    // Bisect on whole lines from the start: the first `good` lines convert, the first `bad`
-    // do not. Converting from the start keeps this right for stateful encodings too.
-    std::size_t good = 0;
-    std::size_t bad = cuts.size();
-    std::string good_output;
-    while (bad - good > 1) {
-        const std::size_t mid = good + (bad - good) / 2;
-        try {
-            good_output = convert(side, data.data(), cuts[mid - 1]);
-            good = mid;
-        } catch (const CvtExceptionBase&) {
-            bad = mid;
+    std::size_t held = 0;   // an unfinished line at the start of the stage
+    std::size_t lines = 0;  // line ends handed on, counted in stop mode only
+    for (bool last = false; !last;) {
+        const std::string_view block = reader.next();
+        last = block.empty();
+        const char* next = block.data();
+        for (bool more = true; more;) {
+            Unit* target = stage + held;
+            try {
+                more = in.convert(&target, stage + stage_units, &next, block.data() + block.size(), last);
+            } catch (const CvtExceptionBase& e) {
+                // Everything before the bad sequence converted; its whole lines still go out.
+                const auto produced = static_cast<std::size_t>(target - stage);
+                const std::size_t line = stop_ ? lines + count_line_ends(stage, produced) + 1 : 0;
+                if (std::optional<failure> earlier = emit(stage, after_last_line_end(stage, produced), lines))
+                    return earlier;
+                return failure{line, describe(e)};
+            }
+            const auto produced = static_cast<std::size_t>(target - stage);
+            std::size_t ready = stop_ ? after_last_line_end(stage, produced) : produced;
+            if (ready == 0 && more)
+                ready = produced;  // the stage is full with a line longer than it
+            if (std::optional<failure> failed = emit(stage, ready, lines))
+                return failed;
+            if (stop_)
+                lines += count_line_ends(stage, ready);
+            held = produced - ready;
+            std::char_traits<Unit>::move(stage, stage + ready, held);
         }
     }
-    sink_->write(good_output);
+    return emit(stage, held, lines);
+}
 
-    std::string what = "invalid or unmappable character sequence";
+std::optional<transcoder::failure> transcoder::emit_units(const char16_t* units, std::size_t count,
+                                                          std::size_t lines_before)
+{
+    if (count == 0)
+        return std::nullopt;
     try {
-        convert(side, data.data(), cuts[bad - 1]);
+        write(bytes_.data(), convert_units(units, count, false));
+        return std::nullopt;
     } catch (const CvtExceptionBase& e) {
-        what = describe(e);
+        if (!stop_)
+            return failure{0, describe(e)};
     }
-    if (side.ends.known())
-        report(name + ":" + std::to_string(lines_before + bad) + ": " + what);
-    else
-        report(name + ": " + what);
+    // Nothing of these lines was written and the converter has been reset: once more line by
+    // line, writing the good lines, to find the bad one.
+    std::size_t line = lines_before;
+    for (std::size_t begin = 0; begin < count; ++line) {
+        const auto end = static_cast<std::size_t>(std::find(units + begin, units + count, u'\n') - units);
+        const std::size_t length = std::min(end + 1, count) - begin;
+        try {
+            write(bytes_.data(), convert_units(units + begin, length, false));
+        } catch (const CvtExceptionBase& e) {
+            return failure{line + 1, describe(e)};
+        }
+        begin += length;
+    }
+    return std::nullopt;
+}
+
+// Converts `units` into bytes_, which grows until the output fits; returns the bytes written.
+std::size_t transcoder::convert_units(const char16_t* units, std::size_t count, bool flush)
+{
+    const char16_t* next = units;
+    std::size_t used = 0;
+    for (;;) {
+        char* target = bytes_.data() + used;
+        const bool more = output_->convert(&target, bytes_.data() + bytes_.size(), &next, units + count, flush);
+        used = static_cast<std::size_t>(target - bytes_.data());
+        if (!more)
+            return used;
+        bytes_.resize(bytes_.size() * 2);
+    }
+}
+
+bool transcoder::finish()
+{
+    if (!output_)
+        return true;
+    try {
+        write(bytes_.data(), convert_units(u"", 0, true));
+        return true;
+    } catch (const CvtExceptionBase& e) {
+        report("end of output: " + describe(e));
+        return false;
+    }
+}
+
+void transcoder::write(const char* bytes, std::size_t count)
+{
+    if (count != 0 && std::fwrite(bytes, 1, count, out_) != count)
+        throw io_error(std::string("write error on standard output: ") + std::strerror(errno));
 }
 
 }  // namespace qxi18n_tool

@@ -1,70 +1,73 @@
-// The engine of `qxi18n convert`: input in pieces cut at line ends, each converted on its own.
+// The engine of `qxi18n convert`: inputs streamed block by block through the library's
+// streaming converters into one output stream.
 #pragma once
 
-#include "encoding_traits.hpp"
-#include "pieces.hpp"
-
 #include <fl/i18n/codecvt.hpp>
+#include <fl/i18n/stream_codecvt.hpp>
 
 #include <cstddef>
 #include <cstdio>
-#include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace qxi18n_tool {
 
+class block_reader;
+
+/// The -f value that asks for the encoding of each input to be detected.
+inline constexpr const char* detected_encoding = "auto";
+
 /// What `qxi18n convert` was asked to do.
 struct convert_settings {
-    std::string from;
+    std::string from;  ///< an encoding, or detected_encoding
     std::string to;
     /// cvt_call_back_stop, cvt_call_back_default (substitute) or an escape. It applies to the
-    /// output side; the input side stops in stop mode and substitutes U+FFFD in all others.
+    /// output side; the input side stops in stop mode and substitutes in all others.
     fl::i18n::codecvt_call_back_mode mode = fl::i18n::cvt_call_back_stop;
-    /// Bytes read at a time; a piece is cut after the last line end read so far.
-    std::size_t piece_size = 64 * 1024;
+    /// Bytes read at a time.
+    std::size_t block_size = 64 * 1024;
 };
 
-/// Writes converted bytes to a stream. Some encodings open every conversion with a mark or a
-/// shift (the byte order mark of "UTF-16", the "~}" of HZ); it is kept at the very start only.
-class output_sink {
-public:
-    output_sink(std::FILE* out, std::string per_call_prefix);
-    /// Throws io_error if the stream refuses the bytes.
-    void write(const std::string& bytes);
-
-private:
-    std::FILE* out_;
-    std::string prefix_;
-    bool started_ = false;
-};
-
-/// Converts inputs one after the other into one output stream.
+/// Converts inputs one after the other into one output stream, in memory bounded by the block
+/// size, whatever the size of the inputs.
 class transcoder {
 public:
-    /// Opens both encodings; throws CvtInvalidEncodingName for a name ICU does not know.
+    /// Opens the encodings; throws CvtInvalidEncodingName for a name ICU does not know.
     transcoder(const convert_settings& settings, std::FILE* out);
     ~transcoder();
 
     /// Converts one input (`name` is for messages). Returns false after reporting the first
-    /// sequence that cannot be converted; every complete line before it has been written.
-    /// Throws read_error or io_error when reading or writing fails.
+    /// sequence that cannot be converted; every line before it has been written. Throws
+    /// read_error or io_error when reading or writing fails, CvtInvalidEncodingName if a detected
+    /// encoding cannot be opened.
     bool run(std::FILE* in, const std::string& name);
+    /// Ends the output stream: writes what the output encoding still holds (a final shift back).
+    /// Call it once, after the last input or after a failure. Returns false after reporting a
+    /// character that the end leaves incomplete. Throws io_error when writing fails.
+    bool finish();
 
 private:
-    struct input_side;
+    struct failure {
+        std::size_t line;  // 0 when lines were not counted
+        std::string what;
+    };
 
-    const input_side& input(const std::string& encoding);
-    std::string convert(const input_side& side, const char* data, std::size_t size) const;
-    void report_failure(const input_side& side, const std::string& data, std::size_t lines_before,
-                        const std::string& name);
+    template <class Unit, class Converter, class Emit>
+    std::optional<failure> pump(const Converter& in, block_reader& reader, Unit* stage, Emit emit);
+    std::optional<failure> emit_units(const char16_t* units, std::size_t count, std::size_t lines_before);
+    std::size_t convert_units(const char16_t* units, std::size_t count, bool flush);
+    void write(const char* bytes, std::size_t count);
 
     convert_settings settings_;
-    encoding_traits from_traits_;
-    bool to_stateful_ = false;
-    std::unique_ptr<fl::i18n::codecvt_ustring_to_string> output_;
-    std::map<std::string, std::unique_ptr<input_side>> inputs_;
-    std::unique_ptr<output_sink> sink_;
+    std::FILE* out_;
+    bool stop_;
+    bool to_utf8_;  // lenient UTF-8 output: bytes go through the multi-streaming converter
+    std::unique_ptr<fl::i18n::stream_codecvt_ustring_to_string> output_;
+    std::unique_ptr<char16_t[]> units_;
+    std::unique_ptr<char[]> utf8_;
+    std::vector<char> bytes_;  // output of one batch of units
 };
 
 }  // namespace qxi18n_tool

@@ -36,7 +36,7 @@ enum codecvt_call_back_mode : std::uint32_t {
 /// The ICU converter is reset after every call, so serial reuse after a throw is safe.
 class QXI18N_API codecvt_string_to_ustring : public converter<char16_t, char> {
 public:
-    /// Opens `encoding` (an empty name means "UTF-8" for now). With `substitute` false a bad
+    /// Opens `encoding` (an empty name means the encoding of the global locale at construction). With `substitute` false a bad
     /// sequence throws; with true it becomes U+FFFD. Throws CvtInvalidEncodingName.
     codecvt_string_to_ustring(const std::string& encoding, bool substitute);
     /// Opens `encoding` and installs `mode` unless it is cvt_call_back_default.
@@ -66,7 +66,7 @@ private:
 /// UTF-16 to any encoding ICU can open; same length and reuse rules as codecvt_string_to_ustring.
 class QXI18N_API codecvt_ustring_to_string : public converter<char, char16_t> {
 public:
-    /// Opens `encoding` (empty means "UTF-8" for now). With `substitute` false an unmappable
+    /// Opens `encoding` (empty means the encoding of the global locale at construction). With `substitute` false an unmappable
     /// character throws; with true it becomes the encoding's substitution character.
     codecvt_ustring_to_string(const std::string& encoding, bool substitute);
     /// Opens `encoding` and installs `mode` (with `substitution` for cvt_call_back_substitute).

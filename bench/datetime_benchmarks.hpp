@@ -1,0 +1,36 @@
+// The date-time text benchmarks: date_time::to_ustring and to_ptime against raw Boost and libc.
+#pragma once
+
+#include "streaming_benchmarks.hpp"
+
+#include <ostream>
+#include <vector>
+
+namespace qxbench {
+
+/// Registers "dt::op/format/impl", the library first in each row, each call handling the same
+/// eight times (1400 to 9999, with microseconds, some before 1970): to_ustring with
+/// date_format_iso_extended (peers: boost::posix_time::to_iso_extended_string, gmtime_r with
+/// strftime) and date_format_utc_stamp (peers: a std::ostringstream with Boost's time_facet,
+/// strftime), and to_ptime in each DateFormat (peers: time_from_string, from_iso_string,
+/// from_iso_extended_string, a std::istringstream with Boost's time_input_facet, strptime with
+/// timegm). Every answer is checked before it is timed.
+void register_datetime_benchmarks();
+
+/// The tables of streaming_ratio_reporter, then one of the date-time rows.
+class datetime_ratio_reporter : public streaming_ratio_reporter {
+public:
+    /// Date-time runs go to the console at once and are kept for the table; the others pass on.
+    void ReportRuns(const std::vector<Run>& runs) override;
+
+    /// The earlier tables, then the date-time table when one of its rows ran. Returns the number
+    /// of rows that miss a target.
+    int print_tables(std::ostream& out) const;
+
+private:
+    int print_datetime_table(std::ostream& out) const;
+
+    cpu_run_table table_;
+};
+
+}  // namespace qxbench
