@@ -240,32 +240,7 @@ void add_read_rows()
 
 bool is_datetime_row(const std::string& name) { return name.rfind(prefix, 0) == 0; }
 
-}  // namespace
-
-void register_datetime_benchmarks()
-{
-    add_write_rows();
-    add_read_rows();
-}
-
-void datetime_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
-{
-    if (runs.empty() || !is_datetime_row(runs.front().run_name.function_name)) {
-        streaming_ratio_reporter::ReportRuns(runs);
-        return;
-    }
-    const std::vector<Run> shown = table_.record(runs);
-    if (!shown.empty())
-        ConsoleReporter::ReportRuns(shown);
-}
-
-int datetime_ratio_reporter::print_tables(std::ostream& out) const
-{
-    const int misses = streaming_ratio_reporter::print_tables(out);
-    return table_.empty() ? misses : misses + print_datetime_table(out);
-}
-
-int datetime_ratio_reporter::print_datetime_table(std::ostream& out) const
+int print_datetime_table(const cpu_run_table& table, std::ostream& out)
 {
     char line[640];
     std::snprintf(line, sizeof line,
@@ -282,19 +257,19 @@ int datetime_ratio_reporter::print_datetime_table(std::ostream& out) const
                   "vs libc ", "targets");
     out << line;
     int misses = 0;
-    for (const std::string& row : table_.rows()) {
+    for (const std::string& row : table.rows()) {
         const std::size_t slash = row.rfind('/');
-        const auto* mine = table_.find(row, "qxi18n");
-        const std::optional<double> ours = table_.time_of(row, "qxi18n");
+        const auto* mine = table.find(row, "qxi18n");
+        const std::optional<double> ours = table.time_of(row, "qxi18n");
         const double items = mine != nullptr ? mine->items : 1;
         // Boost's string function where it has one, else a stream with the same facet.
-        const char* target = table_.find(row, "boost") != nullptr ? "boost" : "boost_stream";
+        const char* target = table.find(row, "boost") != nullptr ? "boost" : "boost_stream";
         std::string cells[3];
         bool miss = false;
         const char* peers[] = {"boost", "boost_stream", row.find("to_ustring") != std::string::npos ? "strftime"
                                                                                                       : "strptime"};
         for (std::size_t i = 0; i < 3; ++i) {
-            const std::optional<double> theirs = table_.time_of(row, peers[i]);
+            const std::optional<double> theirs = table.time_of(row, peers[i]);
             if (!ours || !theirs) {
                 cells[i] = "- ";
                 continue;
@@ -318,8 +293,21 @@ int datetime_ratio_reporter::print_datetime_table(std::ostream& out) const
                       cells[2].c_str(), verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << table_.size() << " date-time rows miss a target.\n";
+    out << "\n" << misses << " of " << table.size() << " date-time rows miss a target.\n";
     return misses;
+}
+
+}  // namespace
+
+void register_datetime_benchmarks()
+{
+    add_write_rows();
+    add_read_rows();
+}
+
+std::unique_ptr<table_family> datetime_family()
+{
+    return cpu_table_family(is_datetime_row, print_datetime_table);
 }
 
 }  // namespace qxbench

@@ -1,10 +1,9 @@
 // The date-time text benchmarks: date_time::to_ustring and to_ptime against raw Boost and libc.
 #pragma once
 
-#include "streaming_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <ostream>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -17,20 +16,7 @@ namespace qxbench {
 /// timegm). Every answer is checked before it is timed.
 void register_datetime_benchmarks();
 
-/// The tables of streaming_ratio_reporter, then one of the date-time rows.
-class datetime_ratio_reporter : public streaming_ratio_reporter {
-public:
-    /// Date-time runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The earlier tables, then the date-time table when one of its rows ran. Returns the number
-    /// of rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    int print_datetime_table(std::ostream& out) const;
-
-    cpu_run_table table_;
-};
+/// The date-time table.
+std::unique_ptr<table_family> datetime_family();
 
 }  // namespace qxbench

@@ -168,43 +168,7 @@ void print_accuracy(std::ostream& out)
     out << line;
 }
 
-}  // namespace
-
-void register_detection_benchmarks()
-{
-    for (const text_source* text : {&utf8_texts()[0], &utf8_texts()[2]})
-        for (const auto& [bytes, label] : {std::pair<std::size_t, const char*>{1024, "1KiB"},
-                                          {64 * 1024, "64KiB"}, {1024 * 1024, "1MiB"}}) {
-            const std::string name = std::string(text == &utf8_texts()[0] ? "ascii" : "utf8");
-            add_row("detect/" + name + "/" + label,
-                    [text, bytes = bytes] { return std::vector<const std::string*>{&sample_for(*text, bytes).bytes}; });
-        }
-    add_row("detect/corpus/116files", [] {
-        std::vector<const std::string*> texts;
-        for (const labelled_file& file : corpus())
-            texts.push_back(&file.bytes);
-        return texts;
-    });
-}
-
-void detection_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
-{
-    if (runs.empty() || !is_detection_row(runs.front().run_name.function_name)) {
-        filesystem_ratio_reporter::ReportRuns(runs);
-        return;
-    }
-    const std::vector<Run> shown = table_.record(runs);
-    if (!shown.empty())
-        ConsoleReporter::ReportRuns(shown);
-}
-
-int detection_ratio_reporter::print_tables(std::ostream& out) const
-{
-    const int misses = filesystem_ratio_reporter::print_tables(out);
-    return table_.empty() ? misses : misses + print_detection_table(out);
-}
-
-int detection_ratio_reporter::print_detection_table(std::ostream& out) const
+int print_detection_table(const cpu_run_table& table, std::ostream& out)
 {
     char line[512];
     std::snprintf(line, sizeof line,
@@ -218,14 +182,14 @@ int detection_ratio_reporter::print_detection_table(std::ostream& out) const
     std::snprintf(line, sizeof line, format, "input", "size", "qxi18n", "MB/s", "vs ICU ", "vs uchardet ", "targets");
     out << line;
     int misses = 0;
-    for (const std::string& row : table_.rows()) {
+    for (const std::string& row : table.rows()) {
         const std::size_t first = row.find('/'), last = row.rfind('/');
-        const std::optional<double> mine = table_.time_of(row, "qxi18n");
+        const std::optional<double> mine = table.time_of(row, "qxi18n");
         std::string cells[2];
         bool miss = false;
         const char* peers[] = {"icu", "uchardet"};
         for (std::size_t i = 0; i < 2; ++i) {
-            const std::optional<double> theirs = table_.time_of(row, peers[i]);
+            const std::optional<double> theirs = table.time_of(row, peers[i]);
             if (!mine || !theirs) {
                 cells[i] = "- ";
                 continue;
@@ -248,9 +212,33 @@ int detection_ratio_reporter::print_detection_table(std::ostream& out) const
                       cells[0].c_str(), cells[1].c_str(), verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << table_.size() << " detection rows miss a target.\n";
+    out << "\n" << misses << " of " << table.size() << " detection rows miss a target.\n";
     print_accuracy(out);
     return misses;
+}
+
+}  // namespace
+
+void register_detection_benchmarks()
+{
+    for (const text_source* text : {&utf8_texts()[0], &utf8_texts()[2]})
+        for (const auto& [bytes, label] : {std::pair<std::size_t, const char*>{1024, "1KiB"},
+                                          {64 * 1024, "64KiB"}, {1024 * 1024, "1MiB"}}) {
+            const std::string name = std::string(text == &utf8_texts()[0] ? "ascii" : "utf8");
+            add_row("detect/" + name + "/" + label,
+                    [text, bytes = bytes] { return std::vector<const std::string*>{&sample_for(*text, bytes).bytes}; });
+        }
+    add_row("detect/corpus/116files", [] {
+        std::vector<const std::string*> texts;
+        for (const labelled_file& file : corpus())
+            texts.push_back(&file.bytes);
+        return texts;
+    });
+}
+
+std::unique_ptr<table_family> detection_family()
+{
+    return cpu_table_family(is_detection_row, print_detection_table);
 }
 
 }  // namespace qxbench

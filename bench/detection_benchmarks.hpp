@@ -1,10 +1,9 @@
 // The charset-detection benchmarks: detect_charset against raw ICU ucsdet and libuchardet.
 #pragma once
 
-#include "filesystem_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <ostream>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -14,21 +13,8 @@ namespace qxbench {
 /// handle_data, data_end, get_charset, delete), both without a fast path of their own.
 void register_detection_benchmarks();
 
-/// The tables of filesystem_ratio_reporter, then the detection rows with their throughput, and
-/// the accuracy of the library and of libuchardet per encoding of the corpus.
-class detection_ratio_reporter : public filesystem_ratio_reporter {
-public:
-    /// Detection runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The earlier tables, then the detection and accuracy tables when a detection row ran.
-    /// Returns the number of rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    int print_detection_table(std::ostream& out) const;
-
-    cpu_run_table table_;
-};
+/// The detection rows with their throughput, and the accuracy of the library and of libuchardet
+/// per encoding of the corpus.
+std::unique_ptr<table_family> detection_family();
 
 }  // namespace qxbench

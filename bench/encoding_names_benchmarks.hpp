@@ -2,12 +2,9 @@
 // to_ustring in the default encoding against utf8_to_ustring.
 #pragma once
 
-#include "locale_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <map>
-#include <ostream>
-#include <string>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -16,24 +13,7 @@ namespace qxbench {
 /// encoding at 16 B and 1 KiB (peer: utf8_to_ustring); the library first in each row.
 void register_encoding_name_benchmarks();
 
-/// The tables of locale_ratio_reporter, followed by one of the encoding-name rows.
-class encoding_ratio_reporter : public locale_ratio_reporter {
-public:
-    /// Encoding-name runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The conversion and locale tables, then the encoding-name table when one of its rows ran.
-    /// Returns the number of rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    struct result {
-        std::vector<double> seconds;  // per call, one entry per repetition
-        double allocations = -1;      // operator new calls per call; -1 when not counted
-    };
-
-    std::map<std::string, result> results_;  // "op/case/impl"
-    std::map<std::string, int64_t> rows_;    // "op/case" -> registration order
-};
+/// The table of the encoding-name rows.
+std::unique_ptr<table_family> encoding_name_family();
 
 }  // namespace qxbench

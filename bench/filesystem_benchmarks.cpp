@@ -433,37 +433,9 @@ bool has_listing_target(const std::string& row)
     return row.rfind(listing_op, 0) == 0;
 }
 
-}  // namespace
-
-void register_filesystem_benchmarks()
+int print_filesystem_table(const cpu_run_table& table, std::ostream& out)
 {
-    add_listing_rows();
-    add_compare_rows("fs::compare<default_mode>", character_handling_mode_context::default_mode, icu_binary_compare);
-    add_compare_rows("fs::compare<normalized_compose_mode>", character_handling_mode_context::normalized_compose_mode,
-                     icu_normalized_compare);
-    add_fopen_rows();
-}
-
-void filesystem_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
-{
-    if (runs.empty() || !is_filesystem_row(runs.front().run_name.function_name)) {
-        text_ratio_reporter::ReportRuns(runs);
-        return;
-    }
-    const std::vector<Run> shown = table_.record(runs);
-    if (!shown.empty())
-        ConsoleReporter::ReportRuns(shown);
-}
-
-int filesystem_ratio_reporter::print_tables(std::ostream& out) const
-{
-    const int misses = text_ratio_reporter::print_tables(out);
-    return table_.empty() ? misses : misses + print_filesystem_table(out);
-}
-
-int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
-{
-    auto time_of = [this](const std::string& row, const char* impl) { return table_.time_of(row, impl); };
+    auto time_of = [&table](const std::string& row, const char* impl) { return table.time_of(row, impl); };
 
     char line[640];
     std::snprintf(line, sizeof line,
@@ -481,10 +453,10 @@ int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
     out << line;
 
     int misses = 0;
-    for (const std::string& row : table_.rows()) {
+    for (const std::string& row : table.rows()) {
         const std::size_t slash = row.rfind('/');
         const std::optional<double> ours = time_of(row, "qxi18n");
-        const auto mine = table_.find(row, "qxi18n");
+        const auto mine = table.find(row, "qxi18n");
 
         // The raw peer of a row is whichever of these it registered.
         std::optional<double> raw;
@@ -538,8 +510,24 @@ int filesystem_ratio_reporter::print_filesystem_table(std::ostream& out) const
                       ratios[1].c_str(), verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << table_.size() << " path and file rows miss a target.\n";
+    out << "\n" << misses << " of " << table.size() << " path and file rows miss a target.\n";
     return misses;
+}
+
+}  // namespace
+
+void register_filesystem_benchmarks()
+{
+    add_listing_rows();
+    add_compare_rows("fs::compare<default_mode>", character_handling_mode_context::default_mode, icu_binary_compare);
+    add_compare_rows("fs::compare<normalized_compose_mode>", character_handling_mode_context::normalized_compose_mode,
+                     icu_normalized_compare);
+    add_fopen_rows();
+}
+
+std::unique_ptr<table_family> filesystem_family()
+{
+    return cpu_table_family(is_filesystem_row, print_filesystem_table);
 }
 
 }  // namespace qxbench

@@ -1,13 +1,9 @@
 // The path and file benchmarks: directory iteration, path comparison and fopen against libc, ICU and std::filesystem.
 #pragma once
 
-#include "text_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <cstdint>
-#include <map>
-#include <ostream>
-#include <string>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -21,21 +17,7 @@ namespace qxbench {
 /// benchmarks that runs and removed when the process exits.
 void register_filesystem_benchmarks();
 
-/// The tables of text_ratio_reporter, followed by one of the path and file rows with per-item
-/// allocations, since a directory row times a whole listing.
-class filesystem_ratio_reporter : public text_ratio_reporter {
-public:
-    /// Path and file runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The earlier tables, then the path and file table when one of its rows ran. Returns the
-    /// number of rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    int print_filesystem_table(std::ostream& out) const;
-
-    cpu_run_table table_;
-};
+/// The path and file table, with per-item allocations, since a directory row times a whole listing.
+std::unique_ptr<table_family> filesystem_family();
 
 }  // namespace qxbench

@@ -21,9 +21,11 @@
 #include <cstdio>
 #include <exception>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -230,23 +232,32 @@ const name_group* group_of(const std::string& label)
     return nullptr;
 }
 
-}  // namespace
+// The locale rows on wall time, whose peers, targets and allocation counts are not those of
+// the conversions. Their console lines are held back and shown together at the end, in
+// registration order: their counters differ from the conversions', and interleaved they would
+// repeat the header often.
+class locale_table : public table_family {
+public:
+    bool owns(const std::string& name) const override { return is_locale_row(name); }
+    std::vector<Run> record(const std::vector<Run>& runs) override;
+    std::vector<Run> take_held() override;
+    bool empty() const override { return rows_.empty(); }
+    int print(std::ostream& out) const override;
 
-void register_locale_benchmarks()
-{
-    for (const name_group& group : name_groups())
-        add_create_rows(group);
-    add_global_rows();
-    add_conversion_rows();
-}
+private:
+    struct result {
+        std::vector<double> seconds;  // per call, one entry per repetition
+        double allocations = -1;      // operator new calls per call; -1 when not counted
+        double failing = 0;           // names of the group that the implementation refuses
+    };
 
-void locale_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
+    std::map<std::string, result> results_;  // "op/case/impl"
+    std::map<std::string, int64_t> rows_;    // "op/case" -> registration order
+    std::vector<Run> held_;                  // console lines shown at the end
+};
+
+std::vector<table_family::Run> locale_table::record(const std::vector<Run>& runs)
 {
-    if (runs.empty() || !is_locale_row(runs.front().run_name.function_name)) {
-        conversions_ran_ = conversions_ran_ || !runs.empty();
-        ratio_reporter::ReportRuns(runs);
-        return;
-    }
     std::vector<Run> shown;
     for (const Run& run : runs) {
         const bool repeated = run.repetitions > 1;
@@ -269,27 +280,17 @@ void locale_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
             shown.push_back(run);
     }
     held_.insert(held_.end(), shown.begin(), shown.end());
+    return {};
 }
 
-void locale_ratio_reporter::Finalize()
+std::vector<table_family::Run> locale_table::take_held()
 {
     std::stable_sort(held_.begin(), held_.end(),
                      [](const Run& a, const Run& b) { return a.family_index < b.family_index; });
-    if (!held_.empty())
-        ConsoleReporter::ReportRuns(held_);
-    held_.clear();
-    ratio_reporter::Finalize();
+    return std::exchange(held_, {});
 }
 
-int locale_ratio_reporter::print_tables(std::ostream& out) const
-{
-    int misses = conversions_ran_ ? print_table(out) : 0;
-    if (!rows_.empty())
-        misses += print_locale_table(out);
-    return misses;
-}
-
-int locale_ratio_reporter::print_locale_table(std::ostream& out) const
+int locale_table::print(std::ostream& out) const
 {
     // Another process can only slow a repetition down, so the fastest is the code's own cost.
     auto time_of = [this](const std::string& row, const char* impl) -> std::optional<double> {
@@ -373,6 +374,21 @@ int locale_ratio_reporter::print_locale_table(std::ostream& out) const
     }
     out << "\n" << misses << " of " << rows_.size() << " locale rows miss a target.\n";
     return misses;
+}
+
+}  // namespace
+
+void register_locale_benchmarks()
+{
+    for (const name_group& group : name_groups())
+        add_create_rows(group);
+    add_global_rows();
+    add_conversion_rows();
+}
+
+std::unique_ptr<table_family> locale_family()
+{
+    return std::make_unique<locale_table>();
 }
 
 }  // namespace qxbench

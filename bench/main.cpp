@@ -60,7 +60,11 @@ int main(int argc, char** argv)
     qxbench::register_streaming_benchmarks();
     qxbench::register_datetime_benchmarks();
     qxbench::register_timezone_benchmarks();
-    qxbench::timezone_ratio_reporter reporter;
+    qxbench::ratio_reporter reporter;
+    for (auto family : {qxbench::conversion_family, qxbench::locale_family, qxbench::encoding_name_family,
+                        qxbench::text_family, qxbench::filesystem_family, qxbench::detection_family,
+                        qxbench::streaming_family, qxbench::datetime_family, qxbench::timezone_family})
+        reporter.add(family());
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_tables(std::cout);
     benchmark::Shutdown();

@@ -1,10 +1,11 @@
-// Console reporter that keeps every measured time and ends the run with a table of ratios.
+// Console reporter that gives each benchmark's runs to its table family and ends with the families' tables.
 #pragma once
 
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -22,8 +23,6 @@ double best(const std::vector<double>& values);
 /// A time per call as "12.3 ns", "4.56 us" or "7.89 ms".
 std::string format_time(double seconds);
 
-/// Passes the per-benchmark lines to the console (only the median when repeated) and records
-/// the real time per call of every run, keyed by benchmark name "op/text/size/implementation".
 /// Row names in the order their benchmarks were registered.
 std::vector<std::string> in_registration_order(const std::map<std::string, int64_t>& rows);
 
@@ -58,20 +57,49 @@ private:
     std::map<std::string, int64_t> rows_;    // "op/case" -> registration order
 };
 
+/// The benchmarks of one family and the table printed after the run from their times.
+class table_family {
+public:
+    using Run = benchmark::BenchmarkReporter::Run;
+
+    virtual ~table_family() = default;
+    /// Whether the benchmark of this name belongs to the family.
+    virtual bool owns(const std::string& name) const = 0;
+    /// Keeps the times of one benchmark's runs and returns the runs the console shows now.
+    virtual std::vector<Run> record(const std::vector<Run>& runs) = 0;
+    /// Runs held back from the console until every benchmark has run; the family forgets them.
+    virtual std::vector<Run> take_held() { return {}; }
+    /// Whether no benchmark of the family ran, so that it has no table.
+    virtual bool empty() const = 0;
+    /// Prints the table and returns the number of rows that miss a target.
+    virtual int print(std::ostream& out) const = 0;
+};
+
+using row_test = bool (*)(const std::string& name);
+using table_printer = int (*)(const cpu_run_table& table, std::ostream& out);
+
+/// The family of the benchmarks `owns` accepts, timed in a cpu_run_table and printed by `print`.
+std::unique_ptr<table_family> cpu_table_family(row_test owns, table_printer print);
+
+/// Passes the per-benchmark lines to the console (only the median when repeated) and gives the
+/// runs of each benchmark to the family that owns it.
 class ratio_reporter : public benchmark::ConsoleReporter {
 public:
     ratio_reporter();
 
-    void ReportRuns(const std::vector<Run>& runs) override;
+    /// Adds a family; a family added later is asked first whether it owns a benchmark, so the
+    /// first one added may own every name.
+    void add(std::unique_ptr<table_family> family);
 
-    /// One row per operation, text and size: our best time per call and its ratio to each
-    /// peer (ours / peer, below 1 means we are faster), flagging rows that miss a target.
-    /// Returns the number of rows that miss one.
-    int print_table(std::ostream& out) const;
+    void ReportRuns(const std::vector<Run>& runs) override;
+    void Finalize() override;
+
+    /// The table of every family that ran, in the order the families were added. Returns the
+    /// number of rows that miss a target.
+    int print_tables(std::ostream& out) const;
 
 private:
-    std::map<std::string, std::vector<double>> seconds_;  // per call, one entry per repetition
-    std::map<std::string, int64_t> rows_;                 // "op/text/size" -> registration order
+    std::vector<std::unique_ptr<table_family>> families_;
 };
 
 }  // namespace qxbench

@@ -216,36 +216,7 @@ bool is_streaming_row(const std::string& name)
     return name.rfind(prefix, 0) == 0;
 }
 
-}  // namespace
-
-void register_streaming_benchmarks()
-{
-    for (const streaming_case& c : cases())
-        if (c.encoding != "windows-1252")
-            add_direct_rows(c);
-    for (const streaming_case& c : cases())
-        if (c.encoding != "UTF-8")
-            add_multi_rows(c);
-}
-
-void streaming_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
-{
-    if (runs.empty() || !is_streaming_row(runs.front().run_name.function_name)) {
-        detection_ratio_reporter::ReportRuns(runs);
-        return;
-    }
-    const std::vector<Run> shown = table_.record(runs);
-    if (!shown.empty())
-        ConsoleReporter::ReportRuns(shown);
-}
-
-int streaming_ratio_reporter::print_tables(std::ostream& out) const
-{
-    const int misses = detection_ratio_reporter::print_tables(out);
-    return table_.empty() ? misses : misses + print_streaming_table(out);
-}
-
-int streaming_ratio_reporter::print_streaming_table(std::ostream& out) const
+int print_streaming_table(const cpu_run_table& table, std::ostream& out)
 {
     char line[512];
     std::snprintf(line, sizeof line,
@@ -259,10 +230,10 @@ int streaming_ratio_reporter::print_streaming_table(std::ostream& out) const
     std::snprintf(line, sizeof line, format, "operation", "text", "qxi18n", "MB/s", "vs ICU ", "targets");
     out << line;
     int misses = 0;
-    for (const std::string& row : table_.rows()) {
+    for (const std::string& row : table.rows()) {
         const std::size_t slash = row.rfind('/');
-        const std::optional<double> ours = table_.time_of(row, "qxi18n");
-        const std::optional<double> icu = table_.time_of(row, "icu");
+        const std::optional<double> ours = table.time_of(row, "qxi18n");
+        const std::optional<double> icu = table.time_of(row, "icu");
         char ratio[16] = "- ";
         char speed[16] = "-";
         std::string verdict = ours ? "ok" : "no result";
@@ -281,8 +252,25 @@ int streaming_ratio_reporter::print_streaming_table(std::ostream& out) const
                       verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << table_.size() << " streaming rows miss a target.\n";
+    out << "\n" << misses << " of " << table.size() << " streaming rows miss a target.\n";
     return misses;
+}
+
+}  // namespace
+
+void register_streaming_benchmarks()
+{
+    for (const streaming_case& c : cases())
+        if (c.encoding != "windows-1252")
+            add_direct_rows(c);
+    for (const streaming_case& c : cases())
+        if (c.encoding != "UTF-8")
+            add_multi_rows(c);
+}
+
+std::unique_ptr<table_family> streaming_family()
+{
+    return cpu_table_family(is_streaming_row, print_streaming_table);
 }
 
 }  // namespace qxbench

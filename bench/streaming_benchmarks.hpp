@@ -1,10 +1,9 @@
 // The streaming-converter benchmarks: the stream_codecvt classes against raw ICU streaming loops.
 #pragma once
 
-#include "detection_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <ostream>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -16,20 +15,7 @@ namespace qxbench {
 /// with a pivot of the same 4096 units). Each output is checked against ICU before it is timed.
 void register_streaming_benchmarks();
 
-/// The tables of detection_ratio_reporter, then one of the streaming rows with their throughput.
-class streaming_ratio_reporter : public detection_ratio_reporter {
-public:
-    /// Streaming runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The earlier tables, then the streaming table when one of its rows ran. Returns the number
-    /// of rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    int print_streaming_table(std::ostream& out) const;
-
-    cpu_run_table table_;
-};
+/// The streaming rows with their throughput.
+std::unique_ptr<table_family> streaming_family();
 
 }  // namespace qxbench

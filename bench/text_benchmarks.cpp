@@ -435,57 +435,9 @@ bool has_icu_target(const std::string& row)
     return row.rfind("transform<", 0) == 0 || row.rfind("compare<", 0) == 0;
 }
 
-}  // namespace
-
-void register_text_benchmarks()
+int print_text_table(const cpu_run_table& table, std::ostream& out)
 {
-    for (const script& text : scripts()) {
-        for (const unit_size& size : unit_sizes) {
-            add_transform_rows<fi::to_upper>("transform<to_upper>", icu_upper, text, size);
-            add_transform_rows<fi::to_nfc>("transform<to_nfc>", icu_normalize<unorm2_getNFCInstance>, text, size);
-            add_transform_rows<fi::to_nfd>("transform<to_nfd>", icu_normalize<unorm2_getNFDInstance>, text, size);
-            add_transform_rows<fi::to_no_diacritics>("transform<to_no_diacritics>", icu_no_diacritics, text,
-                                                     size);
-        }
-    }
-    for (const script& text : scripts()) {
-        for (const unit_size& size : unit_sizes) {
-            add_compare_rows<fi::case_insensitive>("compare<case_insensitive>",
-                                                   icu_compare<u_strCaseCompare, U_FOLD_CASE_DEFAULT>, text, size);
-            add_compare_rows<fi::normalized_case_insensitive>("compare<normalized_case_insensitive>",
-                                                              icu_compare<unorm_compare, U_COMPARE_IGNORE_CASE>,
-                                                              text, size);
-        }
-    }
-    for (const script& text : scripts())
-        for (const unit_size& size : unit_sizes)
-            add_find_rows(text, size);
-    for (const pattern_case& p : pattern_cases(false))
-        add_pattern_rows(p, short_subject);
-    for (const pattern_case& p : pattern_cases(true))
-        add_pattern_rows(p, unit_sizes[1]);
-}
-
-void text_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
-{
-    if (runs.empty() || !is_text_row(runs.front().run_name.function_name)) {
-        encoding_ratio_reporter::ReportRuns(runs);
-        return;
-    }
-    const std::vector<Run> shown = table_.record(runs);
-    if (!shown.empty())
-        ConsoleReporter::ReportRuns(shown);
-}
-
-int text_ratio_reporter::print_tables(std::ostream& out) const
-{
-    const int misses = encoding_ratio_reporter::print_tables(out);
-    return table_.empty() ? misses : misses + print_text_table(out);
-}
-
-int text_ratio_reporter::print_text_table(std::ostream& out) const
-{
-    auto time_of = [this](const std::string& row, const char* impl) { return table_.time_of(row, impl); };
+    auto time_of = [&table](const std::string& row, const char* impl) { return table.time_of(row, impl); };
 
     char line[512];
     std::snprintf(line, sizeof line,
@@ -502,11 +454,11 @@ int text_ratio_reporter::print_text_table(std::ostream& out) const
     out << line;
 
     int misses = 0;
-    for (const std::string& row : table_.rows()) {
+    for (const std::string& row : table.rows()) {
         const std::size_t first = row.find('/');
         const std::size_t last = row.rfind('/');
         const std::optional<double> ours = time_of(row, "qxi18n");
-        const auto mine = table_.find(row, "qxi18n");
+        const auto mine = table.find(row, "qxi18n");
 
         std::string ratios[2];
         bool slow = false;
@@ -551,8 +503,44 @@ int text_ratio_reporter::print_text_table(std::ostream& out) const
                       verdict.c_str());
         out << line;
     }
-    out << "\n" << misses << " of " << table_.size() << " text rows miss a target.\n";
+    out << "\n" << misses << " of " << table.size() << " text rows miss a target.\n";
     return misses;
+}
+
+}  // namespace
+
+void register_text_benchmarks()
+{
+    for (const script& text : scripts()) {
+        for (const unit_size& size : unit_sizes) {
+            add_transform_rows<fi::to_upper>("transform<to_upper>", icu_upper, text, size);
+            add_transform_rows<fi::to_nfc>("transform<to_nfc>", icu_normalize<unorm2_getNFCInstance>, text, size);
+            add_transform_rows<fi::to_nfd>("transform<to_nfd>", icu_normalize<unorm2_getNFDInstance>, text, size);
+            add_transform_rows<fi::to_no_diacritics>("transform<to_no_diacritics>", icu_no_diacritics, text,
+                                                     size);
+        }
+    }
+    for (const script& text : scripts()) {
+        for (const unit_size& size : unit_sizes) {
+            add_compare_rows<fi::case_insensitive>("compare<case_insensitive>",
+                                                   icu_compare<u_strCaseCompare, U_FOLD_CASE_DEFAULT>, text, size);
+            add_compare_rows<fi::normalized_case_insensitive>("compare<normalized_case_insensitive>",
+                                                              icu_compare<unorm_compare, U_COMPARE_IGNORE_CASE>,
+                                                              text, size);
+        }
+    }
+    for (const script& text : scripts())
+        for (const unit_size& size : unit_sizes)
+            add_find_rows(text, size);
+    for (const pattern_case& p : pattern_cases(false))
+        add_pattern_rows(p, short_subject);
+    for (const pattern_case& p : pattern_cases(true))
+        add_pattern_rows(p, unit_sizes[1]);
+}
+
+std::unique_ptr<table_family> text_family()
+{
+    return cpu_table_family(is_text_row, print_text_table);
 }
 
 }  // namespace qxbench

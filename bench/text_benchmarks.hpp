@@ -1,13 +1,9 @@
 // The text-engine benchmarks: transforms, comparison, search and pattern matching against raw ICU.
 #pragma once
 
-#include "encoding_names_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <cstdint>
-#include <map>
-#include <ostream>
-#include <string>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -18,21 +14,7 @@ namespace qxbench {
 /// pattern (peers: uregex and std::wregex); the library first in each row.
 void register_text_benchmarks();
 
-/// The tables of encoding_ratio_reporter, followed by one of the text rows with an allocation
-/// column, since the text rows have their own targets.
-class text_ratio_reporter : public encoding_ratio_reporter {
-public:
-    /// Text runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The earlier tables, then the text table when one of its rows ran. Returns the number of
-    /// rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    int print_text_table(std::ostream& out) const;
-
-    cpu_run_table table_;
-};
+/// The text table, with an allocation column, since the text rows have their own targets.
+std::unique_ptr<table_family> text_family();
 
 }  // namespace qxbench

@@ -179,34 +179,7 @@ bool is_timezone_row(const std::string& name) { return name.rfind(prefix, 0) == 
 
 bool has_icu_target(const std::string& row) { return row.find("timezone/") == std::string::npos; }
 
-}  // namespace
-
-void register_timezone_benchmarks()
-{
-    for (const char* zone : zones)
-        add_conversion_rows(zone);
-    for (const char* zone : zones)
-        add_construction_rows(zone);
-}
-
-void timezone_ratio_reporter::ReportRuns(const std::vector<Run>& runs)
-{
-    if (runs.empty() || !is_timezone_row(runs.front().run_name.function_name)) {
-        datetime_ratio_reporter::ReportRuns(runs);
-        return;
-    }
-    const std::vector<Run> shown = table_.record(runs);
-    if (!shown.empty())
-        ConsoleReporter::ReportRuns(shown);
-}
-
-int timezone_ratio_reporter::print_tables(std::ostream& out) const
-{
-    const int misses = datetime_ratio_reporter::print_tables(out);
-    return table_.empty() ? misses : misses + print_timezone_table(out);
-}
-
-int timezone_ratio_reporter::print_timezone_table(std::ostream& out) const
+int print_timezone_table(const cpu_run_table& table, std::ostream& out)
 {
     char line[640];
     std::snprintf(line, sizeof line,
@@ -222,16 +195,16 @@ int timezone_ratio_reporter::print_timezone_table(std::ostream& out) const
                   "targets");
     out << line;
     int misses = 0;
-    for (const std::string& row : table_.rows()) {
+    for (const std::string& row : table.rows()) {
         const std::size_t slash = row.find('/');
-        const auto* mine = table_.find(row, "qxi18n");
-        const std::optional<double> ours = table_.time_of(row, "qxi18n");
+        const auto* mine = table.find(row, "qxi18n");
+        const std::optional<double> ours = table.time_of(row, "qxi18n");
         const double items = mine != nullptr ? mine->items : 1;
         std::string cells[2];
         bool miss = false;
         const char* peers[] = {"icu", "localtime_r"};
         for (std::size_t i = 0; i < 2; ++i) {
-            const std::optional<double> theirs = table_.time_of(row, peers[i]);
+            const std::optional<double> theirs = table.time_of(row, peers[i]);
             if (!ours || !theirs) {
                 cells[i] = "- ";
                 continue;
@@ -253,8 +226,23 @@ int timezone_ratio_reporter::print_timezone_table(std::ostream& out) const
                       !ours ? "no result" : miss ? "MISS ICU" : has_icu_target(row) ? "ok" : "ok, informational");
         out << line;
     }
-    out << "\n" << misses << " of " << table_.size() << " time-zone rows miss a target.\n";
+    out << "\n" << misses << " of " << table.size() << " time-zone rows miss a target.\n";
     return misses;
+}
+
+}  // namespace
+
+void register_timezone_benchmarks()
+{
+    for (const char* zone : zones)
+        add_conversion_rows(zone);
+    for (const char* zone : zones)
+        add_construction_rows(zone);
+}
+
+std::unique_ptr<table_family> timezone_family()
+{
+    return cpu_table_family(is_timezone_row, print_timezone_table);
 }
 
 }  // namespace qxbench

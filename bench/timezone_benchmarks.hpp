@@ -1,10 +1,9 @@
 // The time-zone benchmarks: time_zone::from_utc and to_utc against raw ICU and libc's localtime_r.
 #pragma once
 
-#include "datetime_benchmarks.hpp"
+#include "ratio_reporter.hpp"
 
-#include <ostream>
-#include <vector>
+#include <memory>
 
 namespace qxbench {
 
@@ -16,20 +15,7 @@ namespace qxbench {
 /// Every answer is checked before it is timed.
 void register_timezone_benchmarks();
 
-/// The tables of datetime_ratio_reporter, then one of the time-zone rows.
-class timezone_ratio_reporter : public datetime_ratio_reporter {
-public:
-    /// Time-zone runs go to the console at once and are kept for the table; the others pass on.
-    void ReportRuns(const std::vector<Run>& runs) override;
-
-    /// The earlier tables, then the time-zone table when one of its rows ran. Returns the number
-    /// of rows that miss a target.
-    int print_tables(std::ostream& out) const;
-
-private:
-    int print_timezone_table(std::ostream& out) const;
-
-    cpu_run_table table_;
-};
+/// The time-zone table.
+std::unique_ptr<table_family> timezone_family();
 
 }  // namespace qxbench
