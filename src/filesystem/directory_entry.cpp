@@ -42,7 +42,7 @@ type_type entry_type(const detail::directory_entry_record& record, bool follow)
     if (record.entry_type != DT_UNKNOWN && !(follow && record.entry_type == DT_LNK))
         return static_cast<type_type>(record.entry_type << 12);
     struct stat buffer {};
-    const stat_call call = follow ? detail::directory_libc().stat : detail::directory_libc().lstat;
+    const stat_call call = follow ? detail::libc().stat : detail::libc().lstat;
     if (!stat_entry(full_native_path(record), call, buffer))
         return file_status::file_not_found;
     return buffer.st_mode & file_status::file_type_mask;
@@ -101,11 +101,11 @@ file_status::type_type upath_directory_entry::target_type() const { return entry
 
 file_status::type_type upath_directory_entry::target_type_without_validation() const { return target_type(); }
 
-file_status upath_directory_entry::status() const { return entry_status(*record_, detail::directory_libc().stat); }
+file_status upath_directory_entry::status() const { return entry_status(*record_, detail::libc().stat); }
 
 file_status upath_directory_entry::symlink_status() const
 {
-    return entry_status(*record_, detail::directory_libc().lstat);
+    return entry_status(*record_, detail::libc().lstat);
 }
 
 pattern_string_context::pattern_string_context(const ustring& file_name, const ustring& pattern)

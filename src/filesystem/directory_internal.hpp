@@ -1,14 +1,12 @@
-// Internal pieces of directory iteration: the entry record, the two directory readers, the
-// owning DIR* handle and the replaceable directory calls.
+// Internal pieces of directory iteration: the entry record, the two directory readers and the
+// owning DIR* handle.
 #pragma once
 
+#include "filesystem_internal.hpp"
 #include "text/pattern_match_impl.hpp"
 
 #include <fl/filesystem/directory_iterator.hpp>
 #include <fl/i18n/character_handling.hpp>
-
-#include <dirent.h>
-#include <sys/stat.h>
 
 #include <cstdint>
 #include <memory>
@@ -38,21 +36,8 @@ struct directory_entry_record {
     char* long_name = nullptr;     // owned; only for names of more than inline_name_limit bytes
 };
 
-/// The directory calls of the readers and entries, replaceable by tests to produce failures a
-/// real directory cannot be made to show.
-struct directory_calls {
-    DIR* (*opendir)(const char* path);
-    dirent* (*readdir)(DIR* dir);
-    int (*closedir)(DIR* dir);
-    int (*stat)(const char* path, struct stat* buffer);
-    int (*lstat)(const char* path, struct stat* buffer);
-};
-
-/// The calls in force; the real ones unless a test replaced them.
-directory_calls& directory_libc();
-
 struct dir_closer {
-    void operator()(DIR* dir) const noexcept { directory_libc().closedir(dir); }
+    void operator()(DIR* dir) const noexcept { libc().closedir(dir); }
 };
 using dir_ptr = std::unique_ptr<DIR, dir_closer>;
 

@@ -1,4 +1,4 @@
-// The two directory readers, the entry record's name storage and the directory calls.
+// The two directory readers and the entry record's name storage.
 #include "directory_internal.hpp"
 #include "filesystem_internal.hpp"
 #include "locale/locale_context.hpp"
@@ -14,12 +14,6 @@
 #include <cstring>
 
 namespace fl::filesystem::detail {
-
-directory_calls& directory_libc()
-{
-    static directory_calls calls{&::opendir, &::readdir, &::closedir, &::stat, &::lstat};
-    return calls;
-}
 
 void directory_entry_record::set_name(const char* bytes, std::size_t length)
 {
@@ -39,7 +33,7 @@ directory_entry_context::directory_entry_context(const ustring& directory, const
       native_directory(to_filesystem_bytes(absolute(directory)))
 {
     errno = 0;
-    handle.reset(directory_libc().opendir(native_directory.c_str()));
+    handle.reset(libc().opendir(native_directory.c_str()));
     open_error = handle ? 0 : errno;
 }
 
@@ -81,12 +75,12 @@ bool directory_entry_context::read_one()
     if (!handle)
         return false;
     errno = 0;
-    const dirent* entry = directory_libc().readdir(handle.get());
+    const dirent* entry = libc().readdir(handle.get());
     if (entry == nullptr) {
         if (errno != 0)
             throw_file_system_error(errno, failure_path(), std::string());
         // Released first, so that the handle is gone whatever closedir says.
-        if (directory_libc().closedir(handle.release()) != 0)
+        if (libc().closedir(handle.release()) != 0)
             throw_file_system_error(errno, std::string(), std::string());
         return false;
     }

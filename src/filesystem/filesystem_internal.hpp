@@ -8,6 +8,9 @@
 #include <unicode/ucnv.h>
 #include <unicode/utypes.h>
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <string>
 
@@ -46,6 +49,11 @@ struct system_calls {
     std::FILE* (*fopen)(const char* path, const char* mode);
     std::FILE* (*freopen)(const char* path, const char* mode, std::FILE* stream);
     int (*access)(const char* path, int mode);
+    DIR* (*opendir)(const char* path);
+    dirent* (*readdir)(DIR* dir);
+    int (*closedir)(DIR* dir);
+    int (*stat)(const char* path, struct stat* buffer);
+    int (*lstat)(const char* path, struct stat* buffer);
 };
 
 /// The calls in force; the real ones unless a test replaced them.

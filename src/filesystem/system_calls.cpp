@@ -7,7 +7,8 @@ namespace fl::filesystem::detail {
 
 system_calls& libc()
 {
-    static system_calls calls{&std::fopen, &std::freopen, &::access};
+    static system_calls calls{&std::fopen, &std::freopen, &::access, &::opendir,
+                              &::readdir, &::closedir, &::stat, &::lstat};
     return calls;
 }
 

@@ -1,4 +1,5 @@
-// Running the tool as a child process, scratch files and raw-ICU reference conversions.
+// Running the tool as a child process and checking its run, scratch files, raw-ICU reference
+// conversions and environment settings.
 #include "cli_test_support.hpp"
 
 #include <fcntl.h>
@@ -69,8 +70,7 @@ std::string read_file(const std::string& path)
 
 std::string sample_path(const std::string& name) { return std::string(QXI18N_TEST_DATA_DIR) + "/samples/" + name; }
 
-run_result run_tool(const std::vector<std::string>& args, const std::optional<std::string>& input,
-                    const std::string& stdout_path)
+run_result run_tool(const args& call, const std::optional<std::string>& input, const std::string& stdout_path)
 {
     static int serial = 0;
     const std::string base = scratch_dir() + "/run" + std::to_string(++serial);
@@ -82,7 +82,7 @@ run_result run_tool(const std::vector<std::string>& args, const std::optional<st
                                  {::open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600)},
                                  {::open((base + ".err").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600)}};
         std::vector<std::string> storage{QXI18N_TOOL};
-        storage.insert(storage.end(), args.begin(), args.end());
+        storage.insert(storage.end(), call.begin(), call.end());
         std::vector<char*> argv;
         for (std::string& s : storage) argv.push_back(s.data());
         argv.push_back(nullptr);
@@ -111,6 +111,38 @@ run_result run_tool(const std::vector<std::string>& args, const std::optional<st
     result.err = read_file(base + ".err");
     for (const std::string& path : {base + ".out", base + ".err", input ? in_path : std::string()}) std::remove(path.c_str());
     return result;
+}
+
+void expect_run(const args& call, int status, const std::string& out, const std::string& err,
+                const std::optional<std::string>& input)
+{
+    std::string shown = "qxi18n";
+    for (const std::string& arg : call) shown += " " + arg.substr(0, 60);
+    SCOPED_TRACE(shown + (input ? " < " + testing::PrintToString(input->substr(0, 40)) : std::string()));
+    const run_result r = run_tool(call, input);
+    EXPECT_EQ(r.status, status) << r.err;
+    EXPECT_TRUE(r.out == out) << testing::PrintToString(r.out.substr(0, 300));
+    if (err.empty()) {
+        EXPECT_EQ(r.err, "");
+    } else {
+        EXPECT_EQ(r.err.rfind(err, 0), 0u) << r.err;
+        EXPECT_EQ(count_lines(r.err), 1u) << r.err;
+    }
+}
+
+scoped_env::scoped_env(const values& changes)
+{
+    for (const auto& [name, value] : changes) {
+        const char* old = std::getenv(name.c_str());
+        saved_.emplace_back(name, old != nullptr ? std::optional<std::string>(old) : std::nullopt);
+        value ? ::setenv(name.c_str(), value->c_str(), 1) : ::unsetenv(name.c_str());
+    }
+}
+
+scoped_env::~scoped_env()
+{
+    for (auto it = saved_.rbegin(); it != saved_.rend(); ++it)
+        it->second ? ::setenv(it->first.c_str(), it->second->c_str(), 1) : ::unsetenv(it->first.c_str());
 }
 
 std::string icu_convert(const char* to, const char* from, const std::string& bytes)

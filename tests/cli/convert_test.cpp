@@ -1,5 +1,5 @@
 // `qxi18n convert` on the bundled samples and on crafted inputs: round trips, error modes,
-// reports of the first bad line, several and missing files, empty input and stateful encodings.
+// reports of the first bad line, several and missing files, empty input, stateful encodings, auto.
 #include "cli_test_support.hpp"
 
 #include <tuple>
@@ -25,17 +25,10 @@ TEST(CliConvertSamples, RoundTripIsByteExact)
         {"mixed.utf-16le-bom.txt", "UTF-16"},        {"beyond-latin1.utf-8.txt", "UTF-8"},
     };
     for (const auto& [file, encoding] : samples) {
+        const std::string original = read_file(sample_path(file)), utf8 = icu_convert("UTF-8", encoding, original);
         for (const std::string piece : {"--piece-size=65536", "--piece-size=5"}) {
-            SCOPED_TRACE(std::string(file) + " " + piece);
-            const std::string original = read_file(sample_path(file));
-            const run_result there = run_tool({"convert", "-f", encoding, "-t", "UTF-8", piece, sample_path(file)});
-            EXPECT_EQ(there.status, 0) << there.err;
-            EXPECT_EQ(there.err, "");
-            EXPECT_EQ(there.out, icu_convert("UTF-8", encoding, original));
-            EXPECT_GE(count_lines(there.out), 1u);
-            const run_result back = run_tool({"convert", "--from=UTF-8", "--to", encoding, piece}, there.out);
-            EXPECT_EQ(back.status, 0) << back.err;
-            EXPECT_EQ(back.out, original);
+            expect_run({"convert", "-f", encoding, "-t", "UTF-8", piece, sample_path(file)}, 0, utf8);
+            expect_run({"convert", "--from=UTF-8", "--to", encoding, piece}, 0, original, "", utf8);
         }
     }
 }
@@ -51,10 +44,10 @@ const std::string long_line = "short\n" + std::string(200 * 1024, 'x');
 // text that ends inside a character.
 TEST(CliConvertErrorModes, EachModeGivesItsOutput)
 {
-    const std::string stdin_name = "<stdin>";
+    const std::string in = "<stdin>";
     // from, to, mode, input, output, error (none: exit status 0, else 1)
     const std::tuple<const char*, const char*, const char*, std::string, std::string, std::string> cases[] = {
-        {"UTF-8", "ISO-8859-1", "stop", unmappable, "ok\n", bad_at(stdin_name, 2)},
+        {"UTF-8", "ISO-8859-1", "stop", unmappable, "ok\n", bad_at(in, 2)},
         {"UTF-8", "ISO-8859-1", "substitute", unmappable, "ok\nn\xE9 \x1A \x1A\n", ""},
         {"UTF-8", "ISO-8859-1", "escape-icu", unmappable, "ok\nn\xE9 %U20AC %UD83D%UDE42\n", ""},
         {"UTF-8", "ISO-8859-1", "escape-java", unmappable, "ok\nn\xE9 \\u20AC \\uD83D\\uDE42\n", ""},
@@ -63,97 +56,76 @@ TEST(CliConvertErrorModes, EachModeGivesItsOutput)
         {"UTF-8", "ISO-8859-1", "escape-xml-hex", unmappable, "ok\nn\xE9 &#x20AC; &#x1F642;\n", ""},
         {"UTF-8", "ISO-8859-1", "escape-unicode", unmappable, "ok\nn\xE9 {U+20AC} {U+1F642}\n", ""},
         {"UTF-8", "ISO-8859-1", "escape-css2", unmappable, "ok\nn\xE9 \\20AC  \\1F642 \n", ""},
-        {"UTF-8", "UTF-16BE", "stop", malformed, "", bad_at(stdin_name, 1)},
+        {"UTF-8", "UTF-16BE", "stop", malformed, "", bad_at(in, 1)},
         {"UTF-8", "UTF-16BE", "substitute", malformed, std::string("\0a\xFF\xFD\0b\0\n", 8), ""},
         {"UTF-8", "ISO-8859-1", "substitute", malformed, "a\x1A" "b\n", ""},
         {"UTF-8", "US-ASCII", "escape-xml-hex", malformed, "a&#xFFFD;b\n", ""},
         {"UTF-8", "UTF-8", "escape-c", malformed, "a\xEF\xBF\xBD" "b\n", ""},
-        {"UTF-8", "UTF-16LE", "stop", "ok\nabc\xE2\x82", std::string("o\0k\0\n\0", 6), bad_at(stdin_name, 2, true)},
-        {"UTF-16LE", "UTF-8", "stop", std::string("a\0\n\0b", 5), "a\n", bad_at(stdin_name, 2, true)},
+        {"UTF-8", "UTF-16LE", "stop", "ok\nabc\xE2\x82", std::string("o\0k\0\n\0", 6), bad_at(in, 2, true)},
+        {"UTF-16LE", "UTF-8", "stop", std::string("a\0\n\0b", 5), "a\n", bad_at(in, 2, true)},
         {"UTF-8", "UTF-8", "substitute", "abc\xE2\x82", "abc\xEF\xBF\xBD", ""},
         {"UTF-8", "UTF-16LE", "substitute", "abc\xE2\x82", std::string("a\0b\0c\0\xFD\xFF", 8), ""},
-        {"Shift_JIS", "UTF-8", "stop", "ok\n\x82\xA0\x82", "ok\n", bad_at(stdin_name, 2, true)},
-        {"UTF-8", "UTF-8", "stop", long_line + "\xFF\nafter\n", "short\n", bad_at(stdin_name, 2)},
+        {"Shift_JIS", "UTF-8", "stop", "ok\n\x82\xA0\x82", "ok\n", bad_at(in, 2, true)},
+        {"UTF-8", "UTF-8", "stop", long_line + "\xFF\nafter\n", "short\n", bad_at(in, 2)},
         {"UTF-8", "UTF-16BE", "stop", long_line + "\xC3\xA9\nafter\n", icu_convert("UTF-16BE", "UTF-8", long_line + "\xC3\xA9\nafter\n"), ""},
         // Line 3 holds a two-byte JIS X 0208 code that is not assigned (0x7F is never valid).
         {"ISO-2022-JP", "UTF-8", "stop", "one\n\x1B$B$\"\x1B(B two\nthree \x1B$B\x7F\x7F\x1B(B\nfour\n",
-         "one\n\xE3\x81\x82 two\n", bad_at(stdin_name, 3)},
+         "one\n\xE3\x81\x82 two\n", bad_at(in, 3)},
     };
-    for (const auto& [from, to, mode, input, out, err] : cases) {
-        SCOPED_TRACE(std::string(from) + " to " + to + " " + mode + " of " + ::testing::PrintToString(input.substr(0, 40)));
-        const run_result r = run_tool({"convert", "-f", from, "-t", to, std::string("--on-error=") + mode}, input);
-        EXPECT_EQ(r.status, err.empty() ? 0 : 1) << r.err;
-        EXPECT_TRUE(r.out == out) << ::testing::PrintToString(r.out.substr(0, 200));
-        EXPECT_EQ(r.err, err);
-    }
+    for (const auto& [from, to, mode, input, out, err] : cases)
+        expect_run({"convert", "-f", from, "-t", to, std::string("--on-error=") + mode}, err.empty() ? 0 : 1, out, err, input);
 }
 
 // Files in order: a missing file or a directory is reported and skipped; in stop mode the first
-// bad file ends the run after the lines before its bad one. Several inputs make one output.
+// bad file ends the run after the lines before its bad one. Several inputs make one output, with
+// one byte order mark or opening shift; empty input gives empty output.
 TEST(CliConvertFiles, ProcessedInOrderIntoOneOutput)
 {
     const std::string good = scratch_file("good.txt", "g\xC3\xBCt\n");
     const std::string missing = scratch_dir() + "/no-such-file.txt", bad = sample_path("malformed.utf-8.txt");
     const std::string bad_head = read_file(bad).substr(0, read_file(bad).find("The third"));
-    const std::tuple<std::vector<std::string>, std::string, std::string> cases[] = {
+    const std::tuple<args, std::string, std::string> cases[] = {
         {{"-t", "ISO-8859-1", missing, good, "-"}, "g\xFCt\n", "qxi18n: " + missing + ": No such file or directory\n"},
         {{"-t", "UTF-8", good, bad, good}, "g\xC3\xBCt\n" + bad_head, bad_at(bad, 3)},
         {{"-t", "UTF-16LE", bad}, icu_convert("UTF-16LE", "UTF-8", bad_head), bad_at(bad, 3)},
         {{"-t", "UTF-8", scratch_dir(), good}, "g\xC3\xBCt\n", "qxi18n: " + scratch_dir() + ": Is a directory\n"},
     };
-    for (const auto& [args, out, err] : cases) {
-        std::vector<std::string> call{"convert", "-f", "UTF-8"};
-        call.insert(call.end(), args.begin(), args.end());
-        const run_result r = run_tool(call);
-        EXPECT_EQ(r.status, 1);
-        EXPECT_EQ(r.out, out);
-        EXPECT_EQ(r.err, err);
+    for (const auto& [rest, out, err] : cases) {
+        args call{"convert", "-f", "UTF-8"};
+        call.insert(call.end(), rest.begin(), rest.end());
+        expect_run(call, 1, out, err);
     }
-    // A byte order mark or an opening shift appears once for several inputs.
     const std::string alpha = scratch_file("a.txt", "\xCE\xB1\n");
     for (const char* to : {"UTF-16", "UTF-32", "HZ", "ISO-2022-KR"}) {
         const run_result r = run_tool({"convert", "-f", "UTF-8", "-t", to, alpha, alpha, alpha});
         EXPECT_EQ(r.status, 0) << r.err;
         EXPECT_EQ(icu_convert("UTF-8", to, r.out), "\xCE\xB1\n\xCE\xB1\n\xCE\xB1\n") << to;
     }
-}
-
-TEST(CliConvertInput, EmptyInputGivesEmptyOutput)
-{
     const std::string empty = scratch_file("empty.txt", "");
-    for (const char* from : {"UTF-8", "UTF-16", "UTF-32", "ISO-2022-JP", "Shift_JIS"}) {
+    for (const char* from : {"UTF-8", "UTF-16", "UTF-32", "ISO-2022-JP", "Shift_JIS"})
         for (const char* to : {"UTF-8", "UTF-16", "HZ"}) {
-            SCOPED_TRACE(std::string(from) + " -> " + to);
-            for (const run_result& r : {run_tool({"convert", "-f", from, "-t", to, empty}),
-                                        run_tool({"convert", "-f", from, "-t", to})}) {
-                EXPECT_EQ(r.status, 0) << r.err;
-                EXPECT_EQ(r.out, "");
-                EXPECT_EQ(r.err, "");
-            }
+            expect_run({"convert", "-f", from, "-t", to, empty}, 0, "");
+            expect_run({"convert", "-f", from, "-t", to}, 0, "");
         }
-    }
 }
 
 // Stateful encodings stream like the others, whatever the piece size, and match ICU byte for
-// byte; only SCSU's encoder looks ahead as far as its input reaches and may choose other windows
-// in tiny pieces, so its output must decode to the text.
+// byte, the shift back at the end of a text without a final line feed included; only SCSU's
+// encoder looks ahead as far as its input reaches and may choose other windows in tiny pieces,
+// so its output must decode to the text.
 TEST(CliConvertStateful, RoundTripMatchesIcu)
 {
-    const std::string utf8 = icu_convert("UTF-8", "Shift_JIS", read_file(sample_path("japanese.shift_jis.txt")));
-    for (const char* stateful : {"ISO-2022-JP", "UTF-7", "HZ", "SCSU", "BOCU-1"}) {
+    std::string utf8 = icu_convert("UTF-8", "Shift_JIS", read_file(sample_path("japanese.shift_jis.txt")));
+    utf8.pop_back();
+    for (const std::string stateful : {"ISO-2022-JP", "UTF-7", "HZ", "SCSU", "BOCU-1"}) {
         SCOPED_TRACE(stateful);
         const run_result there =
             run_tool({"convert", "-f", "UTF-8", "-t", stateful, "--piece-size=3", "--on-error=substitute"}, utf8);
         EXPECT_EQ(there.status, 0) << there.err;
-        if (std::string(stateful) == "SCSU") {
-            EXPECT_EQ(icu_convert("UTF-8", stateful, there.out), utf8);  // it holds every character
-        } else {
-            EXPECT_EQ(there.out, icu_convert(stateful, "UTF-8", utf8));
-        }
-        const run_result back =
-            run_tool({"convert", "-f", stateful, "-t", "UTF-8", "--piece-size=3", "--on-error=substitute"}, there.out);
-        EXPECT_EQ(back.status, 0) << back.err;
-        EXPECT_EQ(back.out, icu_convert("UTF-8", stateful, there.out));
+        const std::string decoded = icu_convert("UTF-8", stateful.c_str(), there.out);
+        EXPECT_TRUE(stateful == "SCSU" ? decoded == utf8 : there.out == icu_convert(stateful.c_str(), "UTF-8", utf8));
+        expect_run({"convert", "-f", stateful, "-t", "UTF-8", "--piece-size=3", "--on-error=substitute"}, 0, decoded, "",
+                   there.out);
     }
 }
 
@@ -166,36 +138,28 @@ TEST(CliConvertAuto, EachInputIsDetected)
         {"chinese.gb18030.txt", "GB18030"},      {"mixed.utf-16le-bom.txt", "UTF-16"},
         {"beyond-latin1.utf-8.txt", "UTF-8"},
     };
-    std::vector<std::string> call{"convert", "-f", "auto", "-t", "UTF-8"};
+    args call{"convert", "-f", "auto", "-t", "UTF-8"};
     std::string expected;
     for (const auto& [file, encoding] : samples) {
         call.push_back(sample_path(file));
         expected += icu_convert("UTF-8", encoding, read_file(sample_path(file)));
     }
-    const run_result r = run_tool(call);
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.err, "");
-    EXPECT_TRUE(r.out == expected) << r.out.substr(0, 200);
+    expect_run(call, 0, expected);
 }
 
 // The guess reads the first 64 KiB; a UTF-8 character that this cut splits is left out of the
 // guess, which therefore validates the text as UTF-8 (a split character would fail that test).
 TEST(CliConvertAuto, CutCharacterIsLeftOutOfTheGuess)
 {
-    struct diagnostics_on {
-        diagnostics_on() { ::setenv("QX_CHARSET_DETECT_DIAG", "1", 1); }
-        ~diagnostics_on() { ::unsetenv("QX_CHARSET_DETECT_DIAG"); }
-    } on;
+    const scoped_env diagnostics("QX_CHARSET_DETECT_DIAG", "1");
     const std::string line = "\xD0\xA1\xD1\x82\xD1\x80\xD0\xBE\xD0\xBA\xD0\xB0 text\n";
     for (const std::size_t lead_at : {std::size_t{65535}, std::size_t{65534}, std::size_t{65533}}) {
         std::string text;
         while (text.size() + line.size() <= lead_at) text += line;
         text.append(lead_at - text.size(), 'a');
         text += "\xF0\x9F\x99\x82" + line;
-        const run_result r = run_tool({"convert", "-f", "auto", "-t", "UTF-16LE", scratch_file("cut.txt", text)});
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.err, "Validated encoding: UTF-8\n") << "lead byte at " << lead_at;
-        EXPECT_TRUE(r.out == icu_convert("UTF-16LE", "UTF-8", text));
+        expect_run({"convert", "-f", "auto", "-t", "UTF-16LE", scratch_file("cut.txt", text)}, 0,
+                   icu_convert("UTF-16LE", "UTF-8", text), "Validated encoding: UTF-8\n");
     }
 }
 

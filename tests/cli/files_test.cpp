@@ -13,7 +13,6 @@
 namespace {
 
 using namespace qx_cli_test;
-using args = std::vector<std::string>;
 using names = std::multiset<std::string>;
 
 // tree/{.hidden, x.txt, y.md, link -> a, a/{y.txt, b/{z.txt}}}; x.txt has a known mode and times.
@@ -21,8 +20,7 @@ const std::string& tree()
 {
     static const std::string root = [] {
         const std::string dir = scratch_dir() + "/tree";
-        for (const std::string& d : {dir, dir + "/a", dir + "/a/b"})
-            EXPECT_EQ(::mkdir(d.c_str(), 0755), 0) << d;
+        for (const std::string& d : {dir, dir + "/a", dir + "/a/b"}) EXPECT_EQ(::mkdir(d.c_str(), 0755), 0) << d;
         for (const char* file : {"/.hidden", "/x.txt", "/y.md", "/a/y.txt", "/a/b/z.txt"})
             scratch_file(std::string("tree") + file, "12345");
         EXPECT_EQ(::symlink("a", (dir + "/link").c_str()), 0);
@@ -38,18 +36,13 @@ std::vector<std::string> lines_of(const std::string& out)
 {
     std::vector<std::string> lines;
     std::istringstream in(out);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
     return lines;
 }
 
-names sorted_lines(const std::string& out)
-{
-    const std::vector<std::string> lines = lines_of(out);
-    return names(lines.begin(), lines.end());
-}
-
-TEST(CliFiles, ListsOneDirectoryWithFilterAndDots)
+// One level with filter and dots, and the tree breadth-first without following links: every
+// entry of a level comes before any entry of the next.
+TEST(CliFiles, ListsADirectoryOrTheWholeTree)
 {
     const std::tuple<args, names> cases[] = {
         {{"ls", tree()}, {".hidden", "a", "link", "x.txt", "y.md"}},
@@ -59,17 +52,6 @@ TEST(CliFiles, ListsOneDirectoryWithFilterAndDots)
         {{"ls", "--pattern", "X.TXT", tree()}, {}},  // case-sensitive
         {{"ls", "--pattern", "?.txt", tree()}, {}},  // "?" is no wildcard
         {{"ls", tree() + "/a/b"}, {"z.txt"}},
-    };
-    for (const auto& [call, expected] : cases) {
-        const run_result r = run_tool(call);
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(sorted_lines(r.out), expected) << call[1];
-    }
-}
-
-TEST(CliFiles, WalksTheTreeBreadthFirstWithoutFollowingLinks)
-{
-    const std::tuple<args, names> cases[] = {
         {{"ls", "-r", tree()}, {".hidden", "a", "link", "x.txt", "y.md", "a/b", "a/y.txt", "a/b/z.txt"}},
         {{"ls", "-r", "--pattern", "*.txt", tree()}, {"x.txt", "a/y.txt", "a/b/z.txt"}},
         {{"ls", "-r", "-a", tree() + "/a"}, {".", "..", "b", "y.txt", "b/z.txt"}},
@@ -77,15 +59,15 @@ TEST(CliFiles, WalksTheTreeBreadthFirstWithoutFollowingLinks)
     for (const auto& [call, expected] : cases) {
         const run_result r = run_tool(call);
         EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(sorted_lines(r.out), expected) << call.back();
-        // Every entry of a level comes before any entry of the next.
+        const std::vector<std::string> lines = lines_of(r.out);
+        EXPECT_EQ(names(lines.begin(), lines.end()), expected) << call[1];
         std::vector<long> depths;
-        for (const std::string& line : lines_of(r.out))
-            depths.push_back(std::count(line.begin(), line.end(), '/'));
+        for (const std::string& line : lines) depths.push_back(std::count(line.begin(), line.end(), '/'));
         EXPECT_TRUE(std::is_sorted(depths.begin(), depths.end())) << r.out;
     }
 }
 
+// A link shows its own status and the type of its target.
 TEST(CliFiles, LongFormatShowsStatusAndLinkTargets)
 {
     const run_result r = run_tool({"ls", "--long", tree()});
@@ -94,20 +76,17 @@ TEST(CliFiles, LongFormatShowsStatusAndLinkTargets)
     for (const std::string& line : lines_of(r.out)) {
         std::istringstream in(line);
         std::vector<std::string> fields;
-        for (std::string field; in >> field;)
-            fields.push_back(field);
+        for (std::string field; in >> field;) fields.push_back(field);
         ASSERT_GE(fields.size(), 7u) << line;
         rows[fields[6]] = fields;
     }
-    const std::vector<std::string> file = rows["x.txt"];
+    const std::vector<std::string> file = rows["x.txt"], link = rows["link"];
     EXPECT_EQ(file, (std::vector<std::string>{"regular", "rw-r-----", "5", "2001-02-03T04:05:06.789012",
                                               "2001-02-03T04:05:06.789012", file.at(5), "x.txt"}));
     EXPECT_EQ(rows["a"].at(0), "directory");
     EXPECT_EQ(rows["a"].at(1), "rwxr-xr-x");
-    // A link shows its own status and the type of its target.
-    EXPECT_EQ(rows["link"], (std::vector<std::string>{"symlink", "rwxrwxrwx", "1", rows["link"].at(3),
-                                                      rows["link"].at(4), rows["link"].at(5), "link", "->",
-                                                      "directory"}));
+    EXPECT_EQ(link, (std::vector<std::string>{"symlink", "rwxrwxrwx", "1", link.at(3), link.at(4), link.at(5), "link", "->",
+                                              "directory"}));
 }
 
 TEST(CliFiles, FailedDirectoryIsReportedAndTheNextStillListed)
@@ -122,8 +101,7 @@ TEST(CliFiles, FailedDirectoryIsReportedAndTheNextStillListed)
 
 TEST(CliFiles, PathCompareAndValidate)
 {
-    const std::string component(256, 'c');
-    const std::string prefix = "qxi18n: path: ";
+    const std::string component(256, 'c'), prefix = "qxi18n: path: ";
     // call, status, standard output, first line of standard error
     const std::tuple<args, int, std::string, std::string> cases[] = {
         {{"path", "compare", "/a", "/b"}, 0, "less\n", ""},
@@ -151,13 +129,7 @@ TEST(CliFiles, PathCompareAndValidate)
         {{"path", "validate", "a", "--mode", "1"}, 2, "", prefix + "option --mode applies to compare only"},
         {{"path", "validate"}, 2, "", prefix + "validate takes one NAME"},
     };
-    for (const auto& [call, status, out, err] : cases) {
-        const run_result r = run_tool(call);
-        EXPECT_EQ(r.status, status) << call[1] << " " << err;
-        EXPECT_EQ(r.out, out) << err;
-        EXPECT_EQ(r.err.rfind(err, 0), 0u) << r.err;
-        EXPECT_EQ(count_lines(r.err), err.empty() ? 0u : 1u) << r.err;
-    }
+    for (const auto& [call, status, out, err] : cases) expect_run(call, status, out, err);
 }
 
 TEST(CliFiles, TmpMakesNamesInTheGivenDirectory)
@@ -180,20 +152,8 @@ TEST(CliFiles, TmpMakesNamesInTheGivenDirectory)
     ASSERT_EQ(::stat(path.c_str(), &st), 0) << path;
     EXPECT_EQ(st.st_size, 0);
 
-    const run_result refused = run_tool({"tmp", "--dir", dir + "/no-such-dir", "--create"});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.err, "qxi18n: tmp: cannot create a temporary file in " + dir + "/no-such-dir: every name tried failed\n");
-    EXPECT_EQ(run_tool({"tmp", "extra"}).status, 2);
-}
-
-TEST(CliFiles, DemoShowsFilesAndDirectories)
-{
-    const run_result r = run_tool({"demo"});
-    ASSERT_EQ(r.status, 0) << r.err;
-    for (const char* expected : {"Files and directories", "\"*.txt\" finds 9 samples", "  french.windows-1252.txt\n",
-                                 "default_mode             less", "case_insensitive_mode    equal", "32  \"/data/\""})
-        EXPECT_NE(r.out.find(expected), std::string::npos) << expected;
-    EXPECT_EQ(r.out.find("generate.sh"), std::string::npos);
+    expect_run({"tmp", "--dir", dir + "/no-such-dir", "--create"}, 1, "",
+               "qxi18n: tmp: cannot create a temporary file in " + dir + "/no-such-dir: every name tried failed\n");
 }
 
 }  // namespace

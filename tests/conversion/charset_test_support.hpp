@@ -22,9 +22,10 @@ inline const char* const detection_variables[] = {"QX_NO_CHARSET_DETECTION", "QX
                                                   "QX_USE_DEFAULT_CHARSET_FOR_ASCII", "QX_CHARSET_DETECT_THRESHOLD",
                                                   "QX_CHARSET_DETECT_UTF8_THRESHOLD"};
 
-inline std::string read_file(const std::filesystem::path& path)
+/// A file below the data folder (or anywhere, given an absolute path).
+inline std::string read_data(const std::filesystem::path& path)
 {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(std::filesystem::path(QXI18N_TEST_DATA_DIR) / path, std::ios::binary);
     EXPECT_TRUE(in) << path;
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
@@ -43,9 +44,10 @@ inline std::vector<labelled_file> corpus()
     std::vector<labelled_file> files;
     for (const auto& entry : fs::recursive_directory_iterator(fs::path(QXI18N_TEST_DATA_DIR) / "corpora/charset")) {
         const fs::path& path = entry.path();
-        if (entry.is_regular_file() && path.extension() == ".txt" && path.parent_path().filename() != "charset")
-            files.push_back({path.parent_path().filename().string() + "/" + path.stem().string(),
-                             path.stem().string(), read_file(path)});
+        const std::string language = path.parent_path().filename().string();
+        if (entry.is_regular_file() && path.extension() == ".txt" && language != "charset")
+            files.push_back({language + "/" + path.stem().string(), path.stem().string(),
+                             read_data(path)});
     }
     std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     return files;
@@ -57,10 +59,8 @@ inline std::string_view detector_input(std::string_view bytes)
 {
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const auto byte = static_cast<unsigned char>(bytes[i]);
-        if (byte == 0 && i + 1 < bytes.size())
-            return bytes;
-        if (byte >= 0x80)
-            return bytes.substr(i);
+        if (byte == 0 && i + 1 < bytes.size()) return bytes;
+        if (byte >= 0x80) return bytes.substr(i);
     }
     return {};
 }
@@ -97,13 +97,6 @@ inline std::string icu_canonical_name(const std::string& encoding)
     std::string name = U_SUCCESS(status) ? ucnv_getName(converter, &status) : "";
     ucnv_close(converter);
     return U_SUCCESS(status) ? name : "";
-}
-
-/// Whether two names stand for one encoding, through ICU's alias table.
-inline bool same_encoding(const std::string& a, const std::string& b)
-{
-    const std::string name = icu_canonical_name(a);
-    return !name.empty() && name == icu_canonical_name(b);
 }
 
 }  // namespace qx_charset_test

@@ -10,8 +10,8 @@ namespace {
 using namespace fl::i18n;
 using namespace qx_test;
 
-// Null or empty input gives nothing; lenient rows convert, strict ones throw on every form; the
-// buffer form returns what it converted, truncated to the capacity.
+// Null or empty input gives nothing; all of ASCII converts strictly; lenient rows convert, strict
+// ones throw on every form; the buffer form returns what it converted, truncated to the capacity.
 template <class Cvt, class From, class To>
 void expect_ascii(const std::vector<std::pair<std::basic_string<From>, std::basic_string<To>>>& lenient_rows)
 {
@@ -19,12 +19,9 @@ void expect_ascii(const std::vector<std::pair<std::basic_string<From>, std::basi
     To out[4];
     const From abc[] = {From('a'), From('b'), From('c')};
     for (const Cvt* cvt : {&strict, &lenient}) {
-        EXPECT_EQ(cvt->get_destination_size(nullptr, 5), 0u);
-        EXPECT_EQ(cvt->get_destination_size(abc, 0), 0u);
-        EXPECT_TRUE(cvt->convert(nullptr, 5).empty());
-        EXPECT_TRUE(cvt->convert(abc, 0).empty());
-        EXPECT_EQ(cvt->convert(out, 4, nullptr, 3), 0u);
-        EXPECT_EQ(cvt->convert(nullptr, 4, abc, 3), 0u);
+        EXPECT_EQ(cvt->get_destination_size(nullptr, 5) + cvt->get_destination_size(abc, 0), 0u);
+        EXPECT_TRUE(cvt->convert(nullptr, 5).empty() && cvt->convert(abc, 0).empty());
+        EXPECT_EQ(cvt->convert(out, 4, nullptr, 3) + cvt->convert(nullptr, 4, abc, 3), 0u);
     }
     std::basic_string<From> all;
     for (int c = 0; c < 128; ++c) all.push_back(static_cast<From>(c));
@@ -36,7 +33,7 @@ void expect_ascii(const std::vector<std::pair<std::basic_string<From>, std::basi
         EXPECT_THROW(strict.convert(text.data(), text.size()), CvtInvalidCharacter);
         EXPECT_THROW(strict.get_destination_size(text.data(), text.size()), CvtInvalidCharacter);
         EXPECT_THROW(strict.convert(out, 4, text.data(), text.size()), CvtInvalidCharacter);
-        for (unsigned long cap : {0ul, 1ul, 3ul, text.size() - 1, text.size(), text.size() + 5}) {
+        for (unsigned long cap : {0ul, 1ul, text.size() - 1, text.size(), text.size() + 5}) {
             unsigned long returned = 0;
             const unsigned long n = std::min<unsigned long>(cap, text.size());
             const auto written = through_buffer<To>(lenient, cap, text, text.size(), returned);
@@ -48,19 +45,14 @@ void expect_ascii(const std::vector<std::pair<std::basic_string<From>, std::basi
 
 TEST(codecvt_ascii_to_ustring, NullEmptyStrictnessAndBuffers)
 {
-    expect_ascii<codecvt_ascii_to_ustring, char, char16_t>({
-        {"h\xE9llo", {u'h', 0xFFFD, u'l', u'l', u'o'}},
-        {"a\xE9" "b\xFF", {u'a', 0xFFFD, u'b', 0xFFFD}},
-        {"ab\x80", {u'a', u'b', 0xFFFD}},
-    });
+    expect_ascii<codecvt_ascii_to_ustring, char, char16_t>(
+        {{"h\xE9llo", {u'h', 0xFFFD, u'l', u'l', u'o'}}, {"ab\x80", {u'a', u'b', 0xFFFD}}});
 }
 
 TEST(codecvt_ustring_to_ascii, NullEmptyStrictnessAndBuffers)
 {
     expect_ascii<codecvt_ustring_to_ascii, char16_t, char>({
-        {u"h\u00E9llo", "h\xFFllo"},  {u"caf\u00E9", "caf\xFF"},       {u"\x80", "\xFF"},
-        {u"\U0001F600", "\xFF\xFF"}, {u"\xD800x", "\xFFx"},          {u"\uFFFD", "\xFF"},
-    });
+        {u"h\u00E9llo", "h\xFFllo"}, {u"\x80", "\xFF"}, {u"\U0001F600", "\xFF\xFF"}, {u"\xD800x", "\xFFx"}});
 }
 
 // A capacity one short of the output often ends inside a pair (random code points are mostly above
@@ -75,13 +67,11 @@ TEST(codecvt_wstring_to_ustring, BothDirectionsMatchTheReferenceOnRandomInput)
     expect_all_forms(in, wide, ustring(u"ab\U0001F600"));  // capacity 3 ends inside the pair
     char16_t units[4];
     wchar_t wides[4];
-    EXPECT_EQ(in.convert(units, 4, nullptr, 2), 0u);
-    EXPECT_EQ(in.convert(units, 4, wide.data(), 0), 0u);
+    EXPECT_EQ(in.convert(units, 4, nullptr, 2) + in.convert(units, 4, wide.data(), 0), 0u);
     EXPECT_EQ(in.convert(nullptr, 4, wide.data(), 3), 4u);
     EXPECT_EQ(in.get_destination_size(nullptr, 4), 0u);
     EXPECT_TRUE(in.convert(nullptr, 4).empty());
-    EXPECT_EQ(out.convert(wides, 4, nullptr, 2), 0u);
-    EXPECT_EQ(out.convert(wides, 4, unpaired.data(), 0), 0u);
+    EXPECT_EQ(out.convert(wides, 4, nullptr, 2) + out.convert(wides, 4, unpaired.data(), 0), 0u);
     EXPECT_EQ(out.convert(nullptr, 0, unpaired.data(), 4), 3u);
     EXPECT_EQ(out.get_destination_size(nullptr, 4), 0u);
     EXPECT_TRUE(out.convert(nullptr, 4).empty());
@@ -100,22 +90,19 @@ TEST(codecvt_wstring_to_ustring, BothDirectionsMatchTheReferenceOnRandomInput)
 TEST(codecvt_ustring_to_java_nonstandard_utf8, ModifiedUtf8)
 {
     const codecvt_ustring_to_java_nonstandard_utf8 cvt;
-    const std::pair<ustring, std::string> cases[] = {
+    std::vector<std::pair<ustring, std::string>> cases = {
         {ustring(1, 0), "\xC0\x80"}, {u"\U0001F600", "\xED\xA0\xBD\xED\xB8\x80"}, {u"\xD800", "\xED\xA0\x80"},
-        {u"a\u00E9\uFFFF", "a\xC3\xA9\xEF\xBF\xBF"}, {ustring(32768, u'a'), std::string(32768, 'a')}, {u"", ""},
-        {ustring(1024, 0), icu_java_utf8(ustring(1024, 0))},
-        {ustring(1024, u'\u4E2D'), icu_java_utf8(ustring(1024, u'\u4E2D'))},
-        {ustring(32769, u'\u4E2D'), icu_java_utf8(ustring(32769, u'\u4E2D'))},
-    };
+        {u"a\u00E9\uFFFF", "a\xC3\xA9\xEF\xBF\xBF"}, {ustring(32768, u'a'), std::string(32768, 'a')}, {u"", ""}};
+    for (const ustring& text : {ustring(1024, 0), ustring(1024, u'\u4E2D'), ustring(32769, u'\u4E2D')})
+        cases.emplace_back(text, icu_java_utf8(text));
+    for (std::uint32_t seed : test_seeds(20)) {
+        std::mt19937 rng(seed);
+        const ustring text = random_utf16(rng, random_size(rng, 3000));
+        cases.emplace_back(text, icu_java_utf8(text));
+    }
     for (const auto& [text, expected] : cases) {
         SCOPED_TRACE(std::to_string(text.size()) + " units");
         expect_all_forms(cvt, text, expected);
-    }
-    for (std::uint32_t seed : test_seeds(20)) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        std::mt19937 rng(seed);
-        const ustring text = random_utf16(rng, random_size(rng, 3000));
-        EXPECT_TRUE(same_text(cvt.convert(text.data(), text.size()), icu_java_utf8(text)));
     }
 }
 

@@ -1,48 +1,48 @@
 // Tests of the ICU-backed converters: reference checks against a fresh ICU converter, buffer
-// boundaries, error mapping and reuse after a failure, moves, and per-thread use.
+// boundaries, error mapping and reuse after a failure, encoding names, moves, and per-thread use.
 #include <fl/i18n/codecvt.hpp>
 #include <fl/i18n/conversion.hpp>
 #include <fl/i18n/conversion_error.hpp>
+#include <fl/i18n/stream_codecvt.hpp>
 
 #include "conversion_test_support.hpp"
 
 #include <functional>
-#include <thread>
 
 namespace {
 
 using namespace fl::i18n;
 using namespace qx_test;
 
-const char* const reference_encodings[] = {
-    "windows-1252", "Shift_JIS", "EUC-JP", "GB18030", "KOI8-R", "UTF-16LE", "ISO-2022-JP", "UTF-8",
-};
-
+// Without a locale an empty name is UTF-8, in both directions and strict as asked; an unknown
+// name is refused with that name by every ICU-backed converter, whole-text or streaming.
 TEST(codecvt_string_to_ustring, EmptyInputEmptyNameAndUnknownName)
 {
     const codecvt_string_to_ustring in("", false);
     const codecvt_ustring_to_string out("", false);
-    EXPECT_EQ(in.get_destination_size("", 0), 0u);
-    EXPECT_TRUE(in.convert("", 0).empty());
-    EXPECT_EQ(out.get_destination_size(u"", 0), 0u);
-    EXPECT_TRUE(out.convert(u"", 0).empty());
-    // Without a locale an empty name is UTF-8, in both directions and strict as asked.
+    EXPECT_EQ(in.get_destination_size("", 0) + out.get_destination_size(u"", 0), 0u);
+    EXPECT_TRUE(in.convert("", 0).empty() && out.convert(u"", 0).empty());
     EXPECT_EQ(in.convert("\xE4\xB8\xAD", 3), u"\u4E2D");
     EXPECT_EQ(out.convert(u"\u4E2D", 1), "\xE4\xB8\xAD");
     EXPECT_THROW(in.convert("\xFF", 1), CvtInvalidCharacter);
     EXPECT_THROW(out.convert(u"\xD800x", 2), CvtInvalidCharacter);
+    const std::string bad = "no-such-encoding";
     const std::function<void()> constructors[] = {
-        [] { codecvt_string_to_ustring("no-such-encoding", true); },
-        [] { codecvt_string_to_ustring(cvt_call_back_stop, "no-such-encoding"); },
-        [] { codecvt_ustring_to_string("no-such-encoding", false); },
-        [] { codecvt_ustring_to_string(cvt_call_back_escape_c, "no-such-encoding", ""); },
+        [&] { codecvt_string_to_ustring(bad, true); },
+        [&] { codecvt_string_to_ustring(cvt_call_back_stop, bad); },
+        [&] { codecvt_ustring_to_string(bad, false); },
+        [&] { codecvt_ustring_to_string(cvt_call_back_escape_c, bad, ""); },
+        [&] { stream_codecvt_string_to_ustring(bad, true); },
+        [&] { stream_codecvt_ustring_to_string(cvt_call_back_escape_c, bad, ""); },
+        [&] { stream_codecvt_utf8string_to_string(bad, true); },
+        [&] { stream_codecvt_string_to_utf8string(bad, false); },
     };
-    for (const auto& construct : constructors) {
+    for (std::size_t i = 0; i < std::size(constructors); ++i) {
         try {
-            construct();
-            ADD_FAILURE() << "no exception";
+            constructors[i]();
+            ADD_FAILURE() << "constructor " << i << " accepted the name";
         } catch (const CvtInvalidEncodingName& e) {
-            EXPECT_EQ(e.get_encoding_name(), "no-such-encoding");
+            EXPECT_EQ(e.get_encoding_name(), bad) << "constructor " << i;
         }
     }
 }
@@ -51,10 +51,9 @@ TEST(codecvt_string_to_ustring, EmptyInputEmptyNameAndUnknownName)
 // UTF-16, 0x20000 bytes from UTF-16 to UTF-8, 32768 x max char size otherwise).
 TEST(codecvt_ustring_to_string, BufferBoundariesMatchIcu)
 {
-    const ustring a = u"a", cjk = u"\u4E2D";
-    std::vector<ustring> texts = {a, rep(cjk, 1024), rep(cjk, 32769), rep(cjk, 0x10000),
-                                  rep(ustring(u"a\u00E9\u4E2D\U0001F600"), 7000)};
-    for (std::size_t n : {1023u, 1024u, 1025u, 32767u, 32768u, 32769u}) texts.push_back(rep(a, n));
+    std::vector<ustring> texts = {u"a", rep(u"\u4E2D", 1024), rep(u"\u4E2D", 32769), rep(u"\u4E2D", 0x10000),
+                                  rep(u"a\u00E9\u4E2D\U0001F600", 7000)};
+    for (std::size_t n : {1024u, 1025u, 32768u, 32769u}) texts.push_back(rep(u"a", n));
     for (const char* encoding : {"UTF-8", "Shift_JIS", "UTF-16LE", "GB18030"}) {
         const codecvt_ustring_to_string out(encoding, true);
         const codecvt_string_to_ustring in(encoding, true);
@@ -68,7 +67,7 @@ TEST(codecvt_ustring_to_string, BufferBoundariesMatchIcu)
     const codecvt_string_to_ustring in("UTF-8", true);
     for (std::size_t count : {341u, 342u, 10923u, 0x10001u}) {
         SCOPED_TRACE("shrinking UTF-8, count " + std::to_string(count));
-        expect_all_forms(in, rep(std::string("\xE4\xB8\xAD"), count), ustring(count, u'\u4E2D'));
+        expect_all_forms(in, rep("\xE4\xB8\xAD", count), ustring(count, u'\u4E2D'));
     }
 }
 
@@ -123,19 +122,21 @@ TEST(codecvt_string_to_ustring, ErrorMappingAndNothingPendingInBothDirections)
 // source's mode through construction and assignment.
 TEST(codecvt_string_to_ustring, MovedFromObjectHasNoState)
 {
-    const auto check = [](const codecvt_string_to_ustring& in, const codecvt_ustring_to_string& out,
-                          codecvt_string_to_ustring& in_from, codecvt_ustring_to_string& out_from) {
-        EXPECT_EQ(in.get_call_back_mode(), cvt_call_back_stop);
-        EXPECT_EQ(thrown_id([&] { in.convert("\xFF", 1); }), cvt_invalid_character);
-        EXPECT_EQ(out.get_call_back_mode(), cvt_call_back_escape_xml_hex);
-        EXPECT_EQ(out.convert(u"\u20AC", 1), "&#x20AC;");
+    codecvt_string_to_ustring in(cvt_call_back_stop, "UTF-8"), in_target(std::move(in)),
+        in_assigned("UTF-16LE", true);
+    codecvt_ustring_to_string out(cvt_call_back_escape_xml_hex, "US-ASCII", ""), out_target(std::move(out)),
+        out_assigned("ISO-8859-1", false);
+    const auto check = [](const auto& in_to, const auto& out_to, auto& in_from, auto& out_from) {
+        EXPECT_EQ(in_to.get_call_back_mode(), cvt_call_back_stop);
+        EXPECT_EQ(thrown_id([&] { in_to.convert("\xFF", 1); }), cvt_invalid_character);
+        EXPECT_EQ(out_to.get_call_back_mode(), cvt_call_back_escape_xml_hex);
+        EXPECT_EQ(out_to.convert(u"\u20AC", 1), "&#x20AC;");
         char16_t units[8];
         char bytes[8];
-        for (auto id : {thrown_id([&] { in_from.convert("a", 1); }), thrown_id([&] { to_ustring("a", in_from); }),
+        for (auto id : {thrown_id([&] { in_from.convert("a", 1); }), thrown_id([&] { out_from.convert(u"a", 1); }),
                         thrown_id([&] { in_from.get_destination_size("a", 1); }),
-                        thrown_id([&] { in_from.convert(units, 8, "a", 1); }),
-                        thrown_id([&] { out_from.convert(u"a", 1); }), thrown_id([&] { to_string(u"a", out_from); }),
                         thrown_id([&] { out_from.get_destination_size(u"a", 1); }),
+                        thrown_id([&] { in_from.convert(units, 8, "a", 1); }),
                         thrown_id([&] { out_from.convert(bytes, 8, u"a", 1); })})
             EXPECT_EQ(id, cvt_conversion_failure);
         EXPECT_NO_THROW(in_from.change_call_back(static_cast<codecvt_call_back_mode>(2)));
@@ -145,44 +146,41 @@ TEST(codecvt_string_to_ustring, MovedFromObjectHasNoState)
         EXPECT_EQ(in_from.get_call_back_mode(), cvt_call_back_default);
         EXPECT_EQ(out_from.get_call_back_mode(), cvt_call_back_default);
     };
-    codecvt_string_to_ustring in(cvt_call_back_stop, "UTF-8"), in_target(std::move(in)), in_assigned("UTF-16LE", true);
-    codecvt_ustring_to_string out(cvt_call_back_escape_xml_hex, "US-ASCII", ""), out_target(std::move(out)),
-        out_assigned("ISO-8859-1", false);
     check(in_target, out_target, in, out);
     in_assigned = std::move(in_target);
     out_assigned = std::move(out_target);
     check(in_assigned, out_assigned, in_target, out_target);
 }
 
-// Random text in every encoding, each in a thread with its own converters (ICU converters are not
-// thread-safe); every result matches ICU, computed in the same thread.
+// Random text in several encodings, some bytes overwritten, each encoding in a thread with its own
+// converters (ICU converters are not thread-safe); every result matches ICU in the same thread.
 TEST(codecvt_string_to_ustring, PerThreadConvertersMatchIcuOnRandomInput)
 {
-    std::vector<std::string> mismatches(std::size(reference_encodings));
-    std::vector<std::thread> pool;
-    for (std::size_t t = 0; t < mismatches.size(); ++t) {
-        pool.emplace_back([t, &mismatches] {
-            const char* encoding = reference_encodings[t];
-            const codecvt_string_to_ustring in(encoding, true);
-            const codecvt_ustring_to_string out(encoding, true);
-            std::mt19937 rng(static_cast<std::uint32_t>(77 + t));
-            for (int round = 0; round < 40; ++round) {
-                const ustring units = random_utf16(rng, random_size(rng, round % 2 ? 8000 : 2500));
-                const std::string bytes = random_encoded(rng, encoding, random_size(rng, 6000));
-                const ustring expect_units = icu_to_uchars(encoding, bytes);
-                const std::string expect_bytes = icu_from_uchars(encoding, units);
-                const bool same = in.convert(bytes.data(), bytes.size()) == expect_units &&
-                                  in.get_destination_size(bytes.data(), bytes.size()) == expect_units.size() &&
-                                  to_ustring(bytes, in) == expect_units &&
-                                  out.convert(units.data(), units.size()) == expect_bytes &&
-                                  out.get_destination_size(units.data(), units.size()) == expect_bytes.size() &&
-                                  to_string(units, out) == expect_bytes;
-                if (!same) mismatches[t] += " round " + std::to_string(round);
-            }
-        });
-    }
-    for (std::thread& th : pool) th.join();
-    for (std::size_t t = 0; t < mismatches.size(); ++t) EXPECT_EQ(mismatches[t], "") << reference_encodings[t];
+    static const char* const encodings[] = {"windows-1252", "Shift_JIS", "EUC-JP", "GB18030",
+                                            "KOI8-R",       "UTF-16LE",  "ISO-2022-JP", "UTF-8"};
+    expect_in_threads(std::size(encodings), [](std::size_t t) {
+        const char* encoding = encodings[t];
+        const codecvt_string_to_ustring in(encoding, true);
+        const codecvt_ustring_to_string out(encoding, true);
+        std::mt19937 rng(static_cast<std::uint32_t>(77 + t));
+        std::string mismatches;
+        for (int round = 0; round < 40; ++round) {
+            const ustring units = random_utf16(rng, random_size(rng, round % 2 ? 8000 : 2500));
+            std::string bytes = icu_from_uchars(encoding, random_utf16(rng, random_size(rng, 6000)));
+            for (std::size_t i = 0; i < bytes.size() / 64; ++i)
+                bytes[random_size(rng, bytes.size() - 1)] = static_cast<char>(random_size(rng, 255));
+            const ustring expect_units = icu_to_uchars(encoding, bytes);
+            const std::string expect_bytes = icu_from_uchars(encoding, units);
+            const bool same = in.convert(bytes.data(), bytes.size()) == expect_units &&
+                              in.get_destination_size(bytes.data(), bytes.size()) == expect_units.size() &&
+                              to_ustring(bytes, in) == expect_units &&
+                              out.convert(units.data(), units.size()) == expect_bytes &&
+                              out.get_destination_size(units.data(), units.size()) == expect_bytes.size() &&
+                              to_string(units, out) == expect_bytes;
+            if (!same) mismatches += std::string(encoding) + " round " + std::to_string(round);
+        }
+        return mismatches;
+    });
 }
 
 }  // namespace

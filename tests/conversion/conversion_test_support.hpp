@@ -1,5 +1,5 @@
 // Helpers shared by the conversion tests: raw-ICU reference conversions, seeded random text,
-// readable comparison of long strings, guarded buffers and a read-only region of zero pages.
+// readable comparison of long strings, guarded buffers, threads and a region of zero pages.
 #pragma once
 
 #include <fl/i18n/conversion_error.hpp>
@@ -12,11 +12,11 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <random>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -26,6 +26,12 @@ struct ucnv_closer {
     void operator()(UConverter* c) const noexcept { ucnv_close(c); }
 };
 using icu_converter = std::unique_ptr<UConverter, ucnv_closer>;
+
+inline icu_converter icu_open(const char* encoding)
+{
+    UErrorCode ec = U_ZERO_ERROR;
+    return icu_converter(ucnv_open(encoding, &ec));
+}
 
 // ICU's preflight-then-fill protocol; `op(dest, capacity, &needed, &ec)` sets the length needed.
 template <class Char, class Op>
@@ -41,8 +47,8 @@ std::basic_string<Char> icu_preflighted(Op op)
     return out;
 }
 
-// Raw ICU, the obviously-correct path each conversion is compared with; fresh converters, with
-// ICU's default call-backs.
+// Raw ICU, the obviously-correct path each conversion is compared with: the UTF functions with
+// U+FFFD, or a fresh converter with ICU's default call-backs.
 inline ustring icu_utf8_to_utf16(const std::string& s)
 {
     return icu_preflighted<char16_t>([&](char16_t* d, int32_t cap, int32_t* n, UErrorCode* ec) {
@@ -66,12 +72,6 @@ inline std::string icu_java_utf8(const ustring& s)
 {
     return icu_preflighted<char>([&](char* d, int32_t cap, int32_t* n, UErrorCode* ec) {
         u_strToJavaModifiedUTF8(d, cap, n, s.data(), int32_t(s.size()), ec); });
-}
-
-inline icu_converter icu_open(const char* encoding)
-{
-    UErrorCode ec = U_ZERO_ERROR;
-    return icu_converter(ucnv_open(encoding, &ec));
 }
 
 inline ustring icu_to_uchars(const char* encoding, const std::string& s)
@@ -100,7 +100,7 @@ inline ustring encode_code_points(const std::u32string& cps)
 }
 
 template <class Char>
-std::basic_string<Char> rep(const std::basic_string<Char>& piece, std::size_t times)
+std::basic_string<Char> rep(const Char* piece, std::size_t times)
 {
     std::basic_string<Char> out;
     for (std::size_t i = 0; i < times; ++i) out += piece;
@@ -116,6 +116,25 @@ std::optional<fl::i18n::codecvt_excp_id> thrown_id(F&& f)
         return e.get_id();
     }
     return std::nullopt;
+}
+
+// Runs `work(t)` in `count` threads at once; each returns what went wrong in it, empty if nothing.
+template <class Work>
+void expect_in_threads(std::size_t count, Work work)
+{
+    std::vector<std::string> failures(count);
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < count; ++t) threads.emplace_back([&, t] { failures[t] = work(t); });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(failures, std::vector<std::string>(count));
+}
+
+// Seeds of the random reference checks; every loop traces its seed.
+inline std::vector<std::uint32_t> test_seeds(std::uint32_t count)
+{
+    std::vector<std::uint32_t> seeds;
+    for (std::uint32_t i = 0; i < count; ++i) seeds.push_back(0x9E3779B9u * (i + 1));
+    return seeds;
 }
 
 inline std::size_t random_size(std::mt19937& rng, std::size_t max)
@@ -160,22 +179,22 @@ inline std::string random_utf8_soup(std::mt19937& rng, std::size_t length)
     return out;
 }
 
-// Random text in `encoding` through ICU, with a few bytes overwritten so that malformed and
-// unassigned sequences occur too.
-inline std::string random_encoded(std::mt19937& rng, const char* encoding, std::size_t units)
+// Random UTF-16 and broken UTF-8 of up to 3000 units from 80 seeds, spread over four threads at
+// once; `same(units, bytes)` tells whether the results match the reference.
+template <class Check>
+void expect_random_texts_in_threads(Check same)
 {
-    std::string bytes = icu_from_uchars(encoding, random_utf16(rng, units));
-    for (std::size_t i = 0; i < bytes.size() / 64; ++i)
-        bytes[random_size(rng, bytes.size() - 1)] = static_cast<char>(random_size(rng, 255));
-    return bytes;
-}
-
-// Seeds of the random reference checks; every loop traces its seed.
-inline std::vector<std::uint32_t> test_seeds(std::uint32_t count)
-{
-    std::vector<std::uint32_t> seeds;
-    for (std::uint32_t i = 0; i < count; ++i) seeds.push_back(0x9E3779B9u * (i + 1));
-    return seeds;
+    expect_in_threads(4, [&](std::size_t t) {
+        std::string failures;
+        const auto seeds = test_seeds(80);
+        for (std::size_t k = t; k < seeds.size(); k += 4) {
+            std::mt19937 rng(seeds[k]);
+            const ustring units = random_utf16(rng, random_size(rng, 3000));
+            if (!same(units, random_utf8_soup(rng, random_size(rng, 3000))))
+                failures += " seed " + std::to_string(seeds[k]);
+        }
+        return failures;
+    });
 }
 
 // Compares two texts and names the first differing unit instead of printing megabytes.
@@ -217,9 +236,7 @@ void expect_all_forms(const Converter& cvt, const std::basic_string<From>& sourc
     const unsigned long need = expected.size();
     EXPECT_EQ(cvt.get_destination_size(source.data(), source.size()), need);
     EXPECT_TRUE(same_text(cvt.convert(source.data(), source.size()), expected));
-    std::vector<unsigned long> capacities{0, need, need + 3};
-    if (need > 1) capacities.push_back(need - 1);
-    for (unsigned long cap : capacities) {
+    for (unsigned long cap : {0ul, need > 1 ? need - 1 : 0ul, need, need + 3}) {
         unsigned long returned = 0;
         const std::basic_string<To> written = through_buffer<To>(cvt, cap, source, need, returned);
         EXPECT_EQ(returned, need) << "capacity " << cap;
@@ -231,20 +248,17 @@ void expect_all_forms(const Converter& cvt, const std::basic_string<From>& sourc
 
 // A private mapping that is never written: every page is the shared zero page, so gigabytes of
 // zero input cost address space only.
-class zero_region {
-public:
+struct zero_region {
     explicit zero_region(std::size_t bytes)
-        : size_(bytes), data_(mmap(nullptr, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
-    ~zero_region() { if (data_ != MAP_FAILED) munmap(data_, size_); }
+        : size(bytes), data(mmap(nullptr, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
+    ~zero_region() { if (data != MAP_FAILED) munmap(data, size); }
     zero_region(const zero_region&) = delete;
     zero_region& operator=(const zero_region&) = delete;
     template <class T>
-    const T* as() const { return static_cast<const T*>(data_); }
-    explicit operator bool() const { return data_ != MAP_FAILED; }
-
-private:
-    std::size_t size_;
-    void* data_;
+    T* as() const { return static_cast<T*>(data); }
+    explicit operator bool() const { return data != MAP_FAILED; }
+    std::size_t size;
+    void* data;
 };
 
 }  // namespace qx_test

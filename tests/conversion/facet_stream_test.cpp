@@ -1,5 +1,6 @@
-// Number formatting and parsing on char16_t streams with the per-thread locale; this program links
-// libqxi18n alone, so the char16_t facets it needs can only come from there.
+// Number formatting and parsing on char16_t streams with the per-thread locale, and the plain
+// std::ctype / std::numpunct char16_t bases; this program links libqxi18n alone, so the char16_t
+// facets it needs can only come from there.
 #include <fl/i18n/facet.hpp>
 #include <fl/i18n/locale.hpp>
 
@@ -16,67 +17,30 @@ namespace {
 using fl::ustring;
 using fl::i18n::facet::get_global_std_locale;
 
-std::basic_ostringstream<char16_t> out_stream()
+TEST(facet_stream, writes_and_reads_numbers_with_classic_punctuation)
 {
     std::basic_ostringstream<char16_t> out;
     out.imbue(get_global_std_locale());
-    return out;
-}
-
-std::basic_istringstream<char16_t> in_stream(const ustring& text)
-{
-    std::basic_istringstream<char16_t> in(text);
+    out << 1234.5 << ' ' << 1234567 << ' ' << -0.25 << ' ' << std::boolalpha << true << ' ' << false << ' '
+        << std::setfill(u'*') << std::setw(6) << 42 << ' ' << std::hex << std::showbase << 255 << ' ' << std::uppercase
+        << std::scientific << 1.5e10;
+    EXPECT_FALSE(out.fail());
+    EXPECT_EQ(out.str(), u"1234.5 1234567 -0.25 true false ****42 0xff 1.500000E+10");
+    std::basic_istringstream<char16_t> in(u"  42\t3.25\u00A0-7 0x1F true");
     in.imbue(get_global_std_locale());
-    return in;
-}
-
-TEST(facet_stream, writes_numbers_with_classic_punctuation)
-{
-    struct row {
-        void (*write)(std::basic_ostream<char16_t>&);
-        ustring expected;
-    };
-    const row rows[] = {
-        {[](auto& o) { o << 1234.5; }, u"1234.5"},
-        {[](auto& o) { o << 1234567; }, u"1234567"},
-        {[](auto& o) { o << -0.25; }, u"-0.25"},
-        {[](auto& o) { o << std::hex << std::showbase << 255; }, u"0xff"},
-        {[](auto& o) { o << std::uppercase << std::scientific << 1.5e10; }, u"1.500000E+10"},
-        {[](auto& o) { o << std::boolalpha << true << ' ' << false; }, u"true false"},
-        {[](auto& o) { o << std::setfill(u'*') << std::setw(6) << 42; }, u"****42"},
-    };
-    for (const row& r : rows) {
-        auto out = out_stream();
-        r.write(out);
-        EXPECT_FALSE(out.fail());
-        EXPECT_EQ(out.str(), r.expected);
-    }
-}
-
-TEST(facet_stream, reads_numbers)
-{
-    auto in = in_stream(u"  42\t3.25\u00A0-7 0x1F true");
     long whole = 0;
     double fraction = 0;
-    int negative = 0;
-    int hex = 0;
+    int negative = 0, hex = 0;
     bool flag = false;
     in >> whole >> fraction >> negative >> std::hex >> hex >> std::boolalpha >> flag;
     EXPECT_FALSE(in.fail());
-    EXPECT_EQ(whole, 42);
-    EXPECT_EQ(fraction, 3.25);
-    EXPECT_EQ(negative, -7);  // U+00A0 is white space to the ctype facet
-    EXPECT_EQ(hex, 0x1F);
-    EXPECT_TRUE(flag);
-}
-
-TEST(facet_stream, failed_reads_set_failbit)
-{
+    // U+00A0 is white space to the ctype facet.
+    EXPECT_TRUE(whole == 42 && fraction == 3.25 && negative == -7 && hex == 0x1F && flag);
     for (const ustring text : {u"", u"abc", u"-", u"99999999999999999999"}) {
-        auto in = in_stream(text);
+        std::basic_istringstream<char16_t> bad(text);
+        bad.imbue(get_global_std_locale());
         int value = 0;
-        in >> value;
-        EXPECT_TRUE(in.fail()) << std::string(text.begin(), text.end());
+        EXPECT_TRUE((bad >> value).fail()) << std::string(text.begin(), text.end());
     }
 }
 
@@ -109,7 +73,8 @@ TEST(facet_stream, ignores_the_cpp_global_locale)
     ustring text;
     std::string encoding;
     std::thread([&] {
-        auto out = out_stream();
+        std::basic_ostringstream<char16_t> out;
+        out.imbue(get_global_std_locale());
         out << 1234.5;
         text = out.str();
         encoding = std::use_facet<fl::i18n::facet::ctype_facet<char16_t>>(get_global_std_locale()).encoding();
@@ -117,6 +82,25 @@ TEST(facet_stream, ignores_the_cpp_global_locale)
     std::locale::global(previous);
     EXPECT_EQ(text, u"1234.5");
     EXPECT_EQ(encoding, fl::i18n::QxLocale::global().getEncoding());
+}
+
+TEST(std_char16_bases, classify_and_punctuate_as_the_c_locale)
+{
+    const std::locale plain(std::locale(std::locale::classic(), new std::ctype<char16_t>()),
+                            new std::numpunct<char16_t>());
+    const auto& ct = std::use_facet<std::ctype<char16_t>>(plain);
+    EXPECT_TRUE(ct.is(std::ctype_base::alpha, u'q') && ct.is(std::ctype_base::space, u'\t'));
+    EXPECT_FALSE(ct.is(std::ctype_base::alpha, u'\u00E9'));
+    EXPECT_EQ(ustring() + ct.toupper(u'q') + ct.toupper(u'\u00E9') + ct.widen('\xE9'), u"Q\u00E9\u00E9");
+    EXPECT_EQ(ct.narrow(u'\u00E9', '?'), '?');
+    const auto& np = std::use_facet<std::numpunct<char16_t>>(plain);
+    EXPECT_EQ(np.decimal_point(), u'.');
+    EXPECT_EQ(np.truename(), u"true");
+    EXPECT_EQ(np.grouping(), "");
+    std::basic_ostringstream<char16_t> out;
+    out.imbue(std::locale(plain, new std::num_put<char16_t>()));
+    out << 0.5 << ' ' << std::boolalpha << false;
+    EXPECT_EQ(out.str(), u"0.5 false");
 }
 
 }  // namespace

