@@ -24,7 +24,7 @@ constexpr double ratio_limit = 1.2;
 constexpr long rss_limit_kib = 16 * 1024;
 
 // Lines of Latin-1 prose, Cyrillic, CJK and ASCII in UTF-8, mixed within and between lines.
-const char* const phrases[] = {
+const std::vector<std::string> mixed_phrases = {
     "L'\xC3\xA9t\xC3\xA9 \xC3\xA0 Gen\xC3\xA8ve, les \xC3\xA9l\xC3\xA8ves go\xC3\xBBtent des cr\xC3\xAApes. ",
     "Gr\xC3\xB6\xC3\x9F" "ere L\xC3\xA4" "den \xC3\xB6" "ffnen fr\xC3\xBCh. ",
     "\xD0\x97\xD0\xB8\xD0\xBC\xD0\xBE\xD0\xB9 \xD0\xB2 \xD0\xB3\xD0\xBE\xD1\x80\xD0\xBE\xD0\xB4\xD0\xB5 "
@@ -36,8 +36,16 @@ const char* const phrases[] = {
     "\xE5\xB0\x8F\xE9\x9B\xA8\xE3\x80\x82",
 };
 
+// Russian and ASCII only: every character has a byte in windows-1251.
+const std::vector<std::string> cyrillic_phrases = {
+    mixed_phrases[2],
+    mixed_phrases[4],
+    "\xD0\x9A\xD0\xBD\xD0\xB8\xD0\xB3\xD0\xB0 \xD0\xBB\xD0\xB5\xD0\xB6\xD0\xB8\xD1\x82 "
+    "\xD0\xBD\xD0\xB0 \xD1\x81\xD1\x82\xD0\xBE\xD0\xBB\xD0\xB5, 2024. ",
+};
+
 // One MiB of lines of 1 to 9 phrases, the same every run.
-std::string make_block()
+std::string make_block(const std::vector<std::string>& phrases)
 {
     std::string block;
     unsigned state = 12345;
@@ -45,7 +53,7 @@ std::string make_block()
         state = state * 1103515245u + 12345u;
         for (unsigned n = 1 + (state >> 16) % 9; n > 0; --n) {
             state = state * 1103515245u + 12345u;
-            block += phrases[(state >> 16) % (sizeof phrases / sizeof phrases[0])];
+            block += phrases[(state >> 16) % phrases.size()];
         }
         block += '\n';
     }
@@ -55,7 +63,8 @@ std::string make_block()
 // The generated text in $TMPDIR, removed when the benchmark ends.
 class text_file {
 public:
-    explicit text_file(std::size_t mib)
+    /// `mib` copies of `block`.
+    text_file(std::size_t mib, const std::string& block)
     {
         const char* dir = std::getenv("TMPDIR");
         // mkstemp replaces the six trailing X.
@@ -63,7 +72,6 @@ public:
         const int fd = ::mkstemp(path_.data());
         if (fd < 0)
             throw std::runtime_error("cannot create " + path_ + ": " + std::strerror(errno));
-        const std::string block = make_block();
         bool written = true;
         for (std::size_t i = 0; i < mib && written; ++i)
             written = ::write(fd, block.data(), block.size()) == static_cast<ssize_t>(block.size());
@@ -148,15 +156,22 @@ struct bench_case {
     std::vector<std::string> ours;   // after "qxi18n convert", before the file
     std::vector<std::string> iconv;  // after "iconv", before the file
     bool same_output;                // the two must agree byte for byte
+    const std::vector<std::string>& phrases;
+    const char* input_encoding;      // the text is UTF-8 unless this names another encoding
 };
 
 const bench_case bench_cases[] = {
-    {"UTF-8 -> UTF-16LE", {"-f", "UTF-8", "-t", "UTF-16LE"}, {"-f", "UTF-8", "-t", "UTF-16LE"}, true},
+    {"UTF-8 -> UTF-16LE", {"-f", "UTF-8", "-t", "UTF-16LE"}, {"-f", "UTF-8", "-t", "UTF-16LE"}, true,
+     mixed_phrases, nullptr},
     {"UTF-8 -> GB18030, substitute", {"-f", "UTF-8", "-t", "GB18030", "--on-error=substitute"},
-     {"-f", "UTF-8", "-t", "GB18030"}, true},
+     {"-f", "UTF-8", "-t", "GB18030"}, true, mixed_phrases, nullptr},
     // iconv -c drops what windows-1251 lacks where qxi18n writes 0x1A: the same work, other bytes.
     {"UTF-8 -> windows-1251, substitute", {"-f", "UTF-8", "-t", "windows-1251", "--on-error=substitute"},
-     {"-c", "-f", "UTF-8", "-t", "WINDOWS-1251"}, false},
+     {"-c", "-f", "UTF-8", "-t", "WINDOWS-1251"}, false, mixed_phrases, nullptr},
+    {"UTF-8 -> windows-1251, Russian", {"-f", "UTF-8", "-t", "windows-1251"}, {"-f", "UTF-8", "-t", "WINDOWS-1251"},
+     true, cyrillic_phrases, nullptr},
+    {"windows-1251 -> UTF-8, Russian", {"-f", "windows-1251", "-t", "UTF-8"}, {"-f", "WINDOWS-1251", "-t", "UTF-8"},
+     true, cyrillic_phrases, "WINDOWS-1251"},
 };
 
 std::vector<std::string> command(const std::string& program, const std::vector<std::string>& options,
@@ -170,10 +185,24 @@ std::vector<std::string> command(const std::string& program, const std::vector<s
     return args;
 }
 
-// Both programs on the first MiB, into files: a wrong answer must not be timed.
-bool outputs_agree(const bench_case& c, const std::string& tool, const std::string& dir)
+// One MiB of the case's text in its input encoding; iconv makes the encoded forms.
+std::string block_of(const bench_case& c, const std::string& dir)
 {
-    text_file head(1);
+    const std::string utf8 = make_block(c.phrases);
+    if (c.input_encoding == nullptr)
+        return utf8;
+    const text_file source(1, utf8);
+    const std::string encoded = dir + "/qxi18n_bench_stream_input";
+    run(command("iconv", {"-f", "UTF-8", "-t", c.input_encoding}, source.path()), encoded.c_str());
+    std::string block = read_all(encoded);
+    ::unlink(encoded.c_str());
+    return block;
+}
+
+// Both programs on the first MiB, into files: a wrong answer must not be timed.
+bool outputs_agree(const bench_case& c, const std::string& block, const std::string& tool, const std::string& dir)
+{
+    const text_file head(1, block);
     const std::string ours = dir + "/qxi18n_bench_stream_ours", theirs = dir + "/qxi18n_bench_stream_iconv";
     run(command(tool, c.ours, head.path()), ours.c_str());
     run(command("iconv", c.iconv, head.path()), theirs.c_str());
@@ -211,8 +240,8 @@ int main(int argc, char** argv)
         const char* dir = std::getenv("TMPDIR");
         const std::string tmp = dir != nullptr && *dir != '\0' ? dir : "/tmp";
         const std::string tool = QXI18N_TOOL;
-        const text_file text(mib);
-        std::printf("qxi18n convert against iconv on %zu MiB of mixed Latin-1, Cyrillic and CJK UTF-8, output to\n"
+        std::printf("qxi18n convert against iconv on %zu MiB of text (mixed Latin-1, Cyrillic and CJK, or Russian\n"
+                    "and ASCII), output to\n"
                     "/dev/null: the best wall and the best CPU time (user + system) of %d runs, throughput on CPU\n"
                     "time, the peak memory of all runs, and ratios qxi18n / iconv of wall and CPU time.\n"
                     "Targets: qxi18n within %.1fx of iconv's CPU time (a shared machine's load shows in wall\n"
@@ -222,12 +251,14 @@ int main(int argc, char** argv)
                     "peak MiB", "wall  CPU", "targets");
         int misses = 0;
         for (const bench_case& c : bench_cases) {
-            const bool agree = outputs_agree(c, tool, tmp);
+            const std::string block = block_of(c, tmp);
+            const bool agree = outputs_agree(c, block, tool, tmp);
             if (c.same_output && !agree) {
                 std::printf("%-34s outputs differ from iconv's, not timed\n", c.label);
                 ++misses;
                 continue;
             }
+            const text_file text(mib, block);
             cost best[2];
             for (int r = 0; r < runs; ++r) {
                 // Interleaved, so that a change of machine load falls on both alike.
