@@ -143,13 +143,13 @@ template <class Char>
 struct empty_range_guard {
     Char** pointer;
     Char* saved;
-    Char placeholder[1] = {};
+    Char empty_slot[1] = {};  // a real address for an empty range
 
     empty_range_guard(Char** p, Char*& end) : pointer(p), saved(*p)
     {
         if (saved == nullptr && end == nullptr) {
-            *pointer = placeholder;
-            end = placeholder;
+            *pointer = empty_slot;
+            end = empty_slot;
         }
     }
     ~empty_range_guard()
