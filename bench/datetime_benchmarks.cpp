@@ -111,25 +111,21 @@ pt::ptime boost_stream_read(const std::string& text, pt::time_input_facet* facet
 template <class Call, class Check>
 void add(const std::string& row, const char* impl, Call call, Check check)
 {
-    benchmark::RegisterBenchmark((row + "/" + impl).c_str(), [call, check](benchmark::State& state) {
-        try {
-            const std::size_t count = times().size();
-            for (std::size_t i = 0; i < count; ++i)
-                if (!check(i, call(i))) {
-                    state.SkipWithError("answer differs from the expected one");
-                    return;
-                }
-            const std::uint64_t before = allocations_on_this_thread();
-            for (auto _ : state)
-                for (std::size_t i = 0; i < count; ++i) {
-                    auto answer = call(i);
-                    benchmark::DoNotOptimize(answer);
-                }
-            count_allocations(state, before);
-            state.counters["items"] = static_cast<double>(count);
-        } catch (const std::exception& e) {
-            state.SkipWithError(e.what());
-        }
+    register_row(row, impl, [call, check](benchmark::State& state) {
+        const std::size_t count = times().size();
+        for (std::size_t i = 0; i < count; ++i)
+            if (!check(i, call(i))) {
+                state.SkipWithError("answer differs from the expected one");
+                return;
+            }
+        const std::uint64_t before = allocations_on_this_thread();
+        for (auto _ : state)
+            for (std::size_t i = 0; i < count; ++i) {
+                auto answer = call(i);
+                benchmark::DoNotOptimize(answer);
+            }
+        count_allocations(state, before);
+        state.counters["items"] = static_cast<double>(count);
     });
 }
 

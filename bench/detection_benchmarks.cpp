@@ -106,21 +106,17 @@ std::map<std::string, double>& bytes_per_row()
 void add_row(const std::string& row, std::function<std::vector<const std::string*>()> inputs)
 {
     for (const auto& implementation : implementations)
-        benchmark::RegisterBenchmark((row + "/" + implementation.first).c_str(),
-                                     [inputs, detect = implementation.second, row](benchmark::State& state) {
-            try {
-                const std::vector<const std::string*> texts = inputs();
-                double bytes = 0;
+        register_row(row, implementation.first,
+                     [inputs, detect = implementation.second, row](benchmark::State& state) {
+            const std::vector<const std::string*> texts = inputs();
+            double bytes = 0;
+            for (const std::string* text : texts)
+                bytes += static_cast<double>(text->size());
+            bytes_per_row()[row] = bytes;
+            for (auto _ : state)
                 for (const std::string* text : texts)
-                    bytes += static_cast<double>(text->size());
-                bytes_per_row()[row] = bytes;
-                for (auto _ : state)
-                    for (const std::string* text : texts)
-                        benchmark::DoNotOptimize(detect(*text));
-                state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(bytes));
-            } catch (const std::exception& e) {
-                state.SkipWithError(e.what());
-            }
+                    benchmark::DoNotOptimize(detect(*text));
+            state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(bytes));
         });
 }
 

@@ -243,18 +243,6 @@ void list_raw(const std::string& directory, Visit&& visit)
 
 // --- registration ---
 
-// Registers "row/impl"; an exception from the implementation skips the benchmark.
-void add(const std::string& row, const char* impl, std::function<void(benchmark::State&)> body)
-{
-    const std::string name = row + "/" + impl;
-    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body)](benchmark::State& state) {
-        try {
-            body(state);
-        } catch (const std::exception& e) {
-            state.SkipWithError(e.what());
-        }
-    });
-}
 
 // Times `call`, whose answer the caller has checked, counting operator new calls per item (a
 // name of a listing, else a call); a limit of 0 or more becomes the row's allocation target.
@@ -307,13 +295,13 @@ template <class Iterator, class StdIterator>
 void add_iteration_rows(const std::string& row, std::string trees::*root, std::vector<ustring> trees::*names,
                         double allocation_limit)
 {
-    add(row, "qxi18n", [root, names, allocation_limit](benchmark::State& state) {
+    register_row(row, "qxi18n", [root, names, allocation_limit](benchmark::State& state) {
         const trees& t = fixture();
         const fs::upath path = upath_of(t.*root);
         auto list = [&path](auto&& visit) { list_qxi18n<Iterator>(path, visit); };
         time_listing(state, t.*names, list, allocation_limit);
     });
-    add(row, "std_fs", [root, names](benchmark::State& state) {
+    register_row(row, "std_fs", [root, names](benchmark::State& state) {
         const trees& t = fixture();
         const stdfs::path path(t.*root);
         time_listing(state, t.*names, [&path](auto&& visit) { list_std<StdIterator>(path, visit); });
@@ -326,7 +314,7 @@ void add_listing_rows()
     // Each name is longer than the inline buffer of a ustring, so the result is one allocation.
     add_iteration_rows<fs::upath_directory_iterator, stdfs::directory_iterator>(row, &trees::flat, &trees::flat_names,
                                                                                 1);
-    add(row, "readdir_icu", [](benchmark::State& state) {
+    register_row(row, "readdir_icu", [](benchmark::State& state) {
         const trees& t = fixture();
         time_listing(state, t.flat_names, [&t](auto&& visit) { list_raw(t.flat, visit); });
     });
@@ -380,14 +368,14 @@ void add_compare_rows(const char* op, unsigned mask, int (*icu)(const ustring&, 
     };
     for (const auto& [label, paths] : cases) {
         const std::string row = std::string(op) + "/" + label;
-        add(row, "qxi18n", [paths = paths, mask](benchmark::State& state) {
+        register_row(row, "qxi18n", [paths = paths, mask](benchmark::State& state) {
             const character_handling_mode_context mode(mask);
             auto call = [&paths, &mode] { return fs::compare(paths.first, paths.second, mode); };
             if (call() != 0)
                 return state.SkipWithError("the paths compare unequal");
             time_calls(state, call, 1);
         });
-        add(row, "icu", [paths = paths, icu](benchmark::State& state) {
+        register_row(row, "icu", [paths = paths, icu](benchmark::State& state) {
             auto call = [&paths, icu] { return icu(paths.first, paths.second); };
             if (call() != 0)
                 return state.SkipWithError("the paths compare unequal");
@@ -406,14 +394,14 @@ std::string first_line(std::FILE* file)
 void add_fopen_rows()
 {
     const std::string row = "fs::fopen/existing";
-    add(row, "qxi18n", [](benchmark::State& state) {
+    register_row(row, "qxi18n", [](benchmark::State& state) {
         const ustring& name = fixture().existing_file;
         const std::string mode = "r";
         if (first_line(file_ptr(fs::fopen(name, mode)).get()) != "fopen")
             return state.SkipWithError("fopen did not open the file");
         time_calls(state, [&name, &mode] { return file_ptr(fs::fopen(name, mode)) != nullptr; }, 1);
     });
-    add(row, "libc", [](benchmark::State& state) {
+    register_row(row, "libc", [](benchmark::State& state) {
         const std::string name = utf8(fixture().existing_file);
         if (first_line(file_ptr(std::fopen(name.c_str(), "r")).get()) != "fopen")
             return state.SkipWithError("fopen did not open the file");
@@ -482,31 +470,13 @@ int print_filesystem_table(const cpu_run_table& table, std::ostream& out)
         }
 
         char per_item[32] = "-";
-        char allocs[16] = "-";
-        char limit[16] = "-";
-        bool allocates = false;
-        if (mine != nullptr) {
-            if (ours && mine->items > 1)
-                std::snprintf(per_item, sizeof per_item, "%s", format_time(*ours / mine->items).c_str());
-            if (mine->allocations >= 0) {
-                allocates = mine->allocation_limit >= 0 &&
-                            mine->allocations > mine->allocation_limit + 0.01;
-                std::snprintf(allocs, sizeof allocs, "%.2f%s", mine->allocations, allocates ? "!" : "");
-            }
-            if (mine->allocation_limit >= 0)
-                std::snprintf(limit, sizeof limit, "%.0f", mine->allocation_limit);
-        }
-
-        std::string verdict = has_listing_target(row) ? "ok" : "ok, ratios informational";
-        if (slow || allocates) {
-            verdict = std::string("MISS ") + (slow ? "time" : "") + (slow && allocates ? ", " : "") +
-                      (allocates ? "allocations" : "");
-            ++misses;
-        }
-        if (!ours)
-            verdict = "no result";
+        if (mine != nullptr && ours && mine->items > 1)
+            std::snprintf(per_item, sizeof per_item, "%s", format_time(*ours / mine->items).c_str());
+        const allocation_cells cells = allocation_cells_of(mine, 2);
+        const std::string verdict = verdict_of(ours.has_value(), slow, "time", cells.over, has_listing_target(row));
+        misses += slow || cells.over ? 1 : 0;
         std::snprintf(line, sizeof line, format, row.substr(0, slash).c_str(), row.substr(slash + 1).c_str(),
-                      ours ? format_time(*ours).c_str() : "-", per_item, allocs, limit, ratios[0].c_str(),
+                      ours ? format_time(*ours).c_str() : "-", per_item, cells.allocs, cells.limit, ratios[0].c_str(),
                       ratios[1].c_str(), verdict.c_str());
         out << line;
     }

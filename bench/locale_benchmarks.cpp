@@ -93,18 +93,6 @@ bool glibc_create(const std::string& name)
     return true;
 }
 
-// Registers "op/case/impl"; an exception from the implementation skips the benchmark.
-void add(const std::string& row, const char* impl, std::function<void(benchmark::State&)> body)
-{
-    const std::string name = row + "/" + impl;
-    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body)](benchmark::State& state) {
-        try {
-            body(state);
-        } catch (const std::exception& e) {
-            state.SkipWithError(e.what());
-        }
-    });
-}
 
 // One call per iteration, going round the names of the group, so the time is a mean per name.
 void time_create(benchmark::State& state, const name_group& group, bool (*create)(const std::string&),
@@ -131,15 +119,15 @@ void time_create(benchmark::State& state, const name_group& group, bool (*create
 void add_create_rows(const name_group& group)
 {
     const std::string row = std::string(create_op) + "/" + group.label;
-    add(row, "qxi18n", [&group](benchmark::State& s) { time_create(s, group, qxi18n_create, true); });
-    add(row, "icu", [&group](benchmark::State& s) { time_create(s, group, icu_create, false); });
-    add(row, "glibc", [&group](benchmark::State& s) { time_create(s, group, glibc_create, false); });
+    register_row(row, "qxi18n", [&group](benchmark::State& s) { time_create(s, group, qxi18n_create, true); });
+    register_row(row, "icu", [&group](benchmark::State& s) { time_create(s, group, icu_create, false); });
+    register_row(row, "glibc", [&group](benchmark::State& s) { time_create(s, group, glibc_create, false); });
 }
 
 void add_global_rows()
 {
     const std::string row = std::string(global_op) + "/uncontended";
-    add(row, "qxi18n", [](benchmark::State& state) {
+    register_row(row, "qxi18n", [](benchmark::State& state) {
         QxLocale::global();  // the first call creates the locale context
         const std::uint64_t before = allocations_on_this_thread();
         for (auto _ : state) {
@@ -149,7 +137,7 @@ void add_global_rows()
         count_allocations(state, before);
     });
     // The same lock, read of the last element and unlock, inline and without the shared library.
-    add(row, "mutex", [](benchmark::State& state) {
+    register_row(row, "mutex", [](benchmark::State& state) {
         std::mutex mutex;
         const int classic = 0;
         const std::vector<const int*> stack{&classic};
@@ -176,26 +164,26 @@ const sample& short_text()
 void add_conversion_rows()
 {
     const std::string per_call = std::string(convert_op) + "/latin/32B/per_call";
-    add(per_call, "qxi18n", [](benchmark::State& state) {
+    register_row(per_call, "qxi18n", [](benchmark::State& state) {
         auto convert = [](const std::string& s) {
             const fl::i18n::codecvt_string_to_ustring cvt("", true);
             return fl::i18n::to_ustring(s, cvt);
         };
         time_checked_conversion(state, short_text(), convert);
     });
-    add(per_call, "icu", [](benchmark::State& state) {
+    register_row(per_call, "icu", [](benchmark::State& state) {
         auto convert = [](const std::string& s) { return peer::icu_codepage("UTF-8").to_utf16(s); };
         time_checked_conversion(state, short_text(), convert);
     });
 
     const std::string reused = std::string(convert_op) + "/latin/32B/reused";
-    add(reused, "qxi18n", [](benchmark::State& state) {
+    register_row(reused, "qxi18n", [](benchmark::State& state) {
         auto convert = [cvt = fl::i18n::codecvt_string_to_ustring("", true)](const std::string& s) {
             return fl::i18n::to_ustring(s, cvt);
         };
         time_checked_conversion(state, short_text(), convert);
     });
-    add(reused, "icu", [](benchmark::State& state) {
+    register_row(reused, "icu", [](benchmark::State& state) {
         auto convert = [cnv = peer::icu_codepage("UTF-8")](const std::string& s) { return cnv.to_utf16(s); };
         time_checked_conversion(state, short_text(), convert);
     });

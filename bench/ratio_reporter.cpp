@@ -2,11 +2,49 @@
 #include "ratio_reporter.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <cstdio>
 #include <optional>
 #include <utility>
 
 namespace qxbench {
+
+allocation_cells allocation_cells_of(const cpu_run_table::result* mine, int precision)
+{
+    allocation_cells cells;
+    if (mine == nullptr)
+        return cells;
+    if (mine->allocations >= 0) {
+        cells.over = mine->allocation_limit >= 0 && mine->allocations > mine->allocation_limit + 0.01;
+        std::snprintf(cells.allocs, sizeof cells.allocs, "%.*f%s", precision, mine->allocations, cells.over ? "!" : "");
+    }
+    if (mine->allocation_limit >= 0)
+        std::snprintf(cells.limit, sizeof cells.limit, "%.0f", mine->allocation_limit);
+    return cells;
+}
+
+std::string verdict_of(bool ran, bool slow, const char* slow_label, bool allocates, bool targeted)
+{
+    if (!ran)
+        return "no result";
+    if (!slow && !allocates)
+        return targeted ? "ok" : "ok, ratios informational";
+    return std::string("MISS ") + (slow ? slow_label : "") + (slow && allocates ? ", " : "") +
+           (allocates ? "allocations" : "");
+}
+
+benchmark::internal::Benchmark* register_row(const std::string& row, const char* impl,
+                                             std::function<void(benchmark::State&)> body)
+{
+    const std::string name = row + "/" + impl;
+    return benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body)](benchmark::State& state) {
+        try {
+            body(state);
+        } catch (const std::exception& e) {
+            state.SkipWithError(e.what());
+        }
+    });
+}
 
 // Another process on a shared machine can only slow a repetition down, never speed it up, so
 // the fastest repetition is the one closest to the code's own cost.

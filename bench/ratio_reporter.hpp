@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,6 +26,9 @@ std::string format_time(double seconds);
 
 /// Row names in the order their benchmarks were registered.
 std::vector<std::string> in_registration_order(const std::map<std::string, int64_t>& rows);
+
+/// Registers the benchmark "row/impl"; an exception from `body` skips it with the message.
+benchmark::internal::Benchmark* register_row(const std::string& row, const char* impl, std::function<void(benchmark::State&)> body);
 
 /// "op/case/impl" split at its last '/' into the row and the implementation.
 std::pair<std::string, std::string> split_impl(const std::string& name);
@@ -56,6 +60,19 @@ private:
     std::map<std::string, result> results_;  // "op/case/impl"
     std::map<std::string, int64_t> rows_;    // "op/case" -> registration order
 };
+
+/// The allocation cells of a table row: operator new calls per item ("!" past the row's limit,
+/// `precision` decimals) and the limit, "-" where not counted; `over` tells a miss.
+struct allocation_cells {
+    char allocs[16] = "-";
+    char limit[16] = "-";
+    bool over = false;
+};
+allocation_cells allocation_cells_of(const cpu_run_table::result* mine, int precision);
+
+/// "ok" (or `informational` when the row has no target), "MISS <slow_label>, allocations" for
+/// what missed, or "no result" when the library did not run.
+std::string verdict_of(bool ran, bool slow, const char* slow_label, bool allocates, bool targeted);
 
 /// The benchmarks of one family and the table printed after the run from their times.
 class table_family {

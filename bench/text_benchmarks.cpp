@@ -221,18 +221,6 @@ int32_t icu_search(const UCollator* collator, const ustring& haystack, const ust
 
 // --- registration ---
 
-// Registers "row/impl"; an exception from the implementation skips the benchmark.
-void add(const std::string& row, const char* impl, std::function<void(benchmark::State&)> body)
-{
-    const std::string name = row + "/" + impl;
-    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body)](benchmark::State& state) {
-        try {
-            body(state);
-        } catch (const std::exception& e) {
-            state.SkipWithError(e.what());
-        }
-    });
-}
 
 // Times `call`, whose answer the caller has checked, counting operator new calls per call; a
 // limit of 0 or more becomes the row's allocation target.
@@ -270,7 +258,7 @@ template <class Tag>
 void add_transform_rows(const char* op, ustring (*icu)(const ustring&), const script& text, unit_size size)
 {
     const std::string row = row_of(op, text.label, size);
-    add(row, "qxi18n", [&text, size, icu](benchmark::State& state) {
+    register_row(row, "qxi18n", [&text, size, icu](benchmark::State& state) {
         const ustring source = repeated(text.sentence, size.units);
         auto call = [&source] {
             using foundation::ustring::detail::do_transform_impl;
@@ -281,7 +269,7 @@ void add_transform_rows(const char* op, ustring (*icu)(const ustring&), const sc
             return state.SkipWithError("result differs from raw ICU");
         time_calls(state, call, limit_for(source.size(), expected.size()));
     });
-    add(row, "icu", [&text, size, icu](benchmark::State& state) {
+    register_row(row, "icu", [&text, size, icu](benchmark::State& state) {
         const ustring source = repeated(text.sentence, size.units);
         time_calls(state, [&source, icu] { return icu(source); });
     });
@@ -293,7 +281,7 @@ void add_compare_rows(const char* op, int (*icu)(const ustring&, const ustring&)
                       unit_size size)
 {
     const std::string row = row_of(op, text.label, size);
-    add(row, "qxi18n", [&text, size](benchmark::State& state) {
+    register_row(row, "qxi18n", [&text, size](benchmark::State& state) {
         const ustring a = repeated(text.sentence, size.units);
         const ustring b = icu_upper(a);
         auto call = [&a, &b] { return fi::detail::compare(a.data(), a.size(), b.data(), b.size(), Tag{}); };
@@ -301,7 +289,7 @@ void add_compare_rows(const char* op, int (*icu)(const ustring&, const ustring&)
             return state.SkipWithError("the upper-case copy compares unequal");
         time_calls(state, call, size.units <= allocation_target_units ? 0 : -1);
     });
-    add(row, "icu", [&text, size, icu](benchmark::State& state) {
+    register_row(row, "icu", [&text, size, icu](benchmark::State& state) {
         const ustring a = repeated(text.sentence, size.units);
         const ustring b = icu_upper(a);
         if (icu(a, b) != 0)
@@ -333,14 +321,14 @@ search_case search_case_for(const script& text, std::size_t units)
 void add_find_rows(const script& text, unit_size size)
 {
     const std::string row = row_of("find<case_insensitive>", text.label, size);
-    add(row, "qxi18n", [&text, size](benchmark::State& state) {
+    register_row(row, "qxi18n", [&text, size](benchmark::State& state) {
         const search_case c = search_case_for(text, size.units);
         auto call = [&c] { return fi::detail::find(c.haystack, c.needle, fi::case_insensitive{}); };
         if (call() == fi::detail::npos)
             return state.SkipWithError("needle not found");
         time_calls(state, call, size.units <= allocation_target_units ? 0 : -1);
     });
-    add(row, "icu", [&text, size](benchmark::State& state) {
+    register_row(row, "icu", [&text, size](benchmark::State& state) {
         const search_case c = search_case_for(text, size.units);
         const collator_ptr collator = secondary_collator();
         auto call = [&c, &collator] { return icu_search(collator.get(), c.haystack, c.needle); };
@@ -382,7 +370,7 @@ std::wstring widened(std::u16string_view text)
 void add_pattern_rows(const pattern_case& p, unit_size size)
 {
     const std::string row = row_of("pattern_match::match", p.label, size);
-    add(row, "qxi18n", [p](benchmark::State& state) {
+    register_row(row, "qxi18n", [p](benchmark::State& state) {
         const fi::pattern_match matcher(ustring(p.pattern),
                                         fi::character_handling_mode_context(
                                             fi::character_handling_mode_context::default_mode));
@@ -391,7 +379,7 @@ void add_pattern_rows(const pattern_case& p, unit_size size)
             return state.SkipWithError("subject does not match");
         time_calls(state, call, p.subject.size() <= allocation_target_units ? 0 : -1);
     });
-    add(row, "icu", [p](benchmark::State& state) {
+    register_row(row, "icu", [p](benchmark::State& state) {
         UErrorCode status = U_ZERO_ERROR;
         const regex_ptr regex(
             uregex_open(p.pattern.data(), length_of(p.pattern), UREGEX_DOTALL, nullptr, &status));
@@ -408,7 +396,7 @@ void add_pattern_rows(const pattern_case& p, unit_size size)
         time_calls(state, call);
     });
     // UTF-32 copies made before timing; the C.UTF-8 locale gives [[:alpha:]] the Unicode letters.
-    add(row, "std_regex", [p](benchmark::State& state) {
+    register_row(row, "std_regex", [p](benchmark::State& state) {
         std::wregex regex;
         regex.imbue(std::locale("C.UTF-8"));
         regex.assign(widened(p.pattern));
@@ -478,29 +466,13 @@ int print_text_table(const cpu_run_table& table, std::ostream& out)
             ratios[i] = cell;
         }
 
-        char allocs[16] = "-";
-        char limit[16] = "-";
-        bool allocates = false;
-        if (mine != nullptr && mine->allocations >= 0) {
-            allocates = mine->allocation_limit >= 0 &&
-                        mine->allocations > mine->allocation_limit + 0.01;
-            std::snprintf(allocs, sizeof allocs, "%.1f%s", mine->allocations, allocates ? "!" : "");
-            if (mine->allocation_limit >= 0)
-                std::snprintf(limit, sizeof limit, "%.0f", mine->allocation_limit);
-        }
-
-        std::string verdict = has_icu_target(row) ? "ok" : "ok, ratios informational";
-        if (slow || allocates) {
-            verdict = std::string("MISS ") + (slow ? "ICU" : "") + (slow && allocates ? ", " : "") +
-                      (allocates ? "allocations" : "");
-            ++misses;
-        }
-        if (!ours)
-            verdict = "no result";
+        const allocation_cells cells = allocation_cells_of(mine, 1);
+        const std::string verdict = verdict_of(ours.has_value(), slow, "ICU", cells.over, has_icu_target(row));
+        misses += slow || cells.over ? 1 : 0;
         std::snprintf(line, sizeof line, format, row.substr(0, first).c_str(),
                       row.substr(first + 1, last - first - 1).c_str(), row.substr(last + 1).c_str(),
-                      ours ? format_time(*ours).c_str() : "-", allocs, limit, ratios[0].c_str(), ratios[1].c_str(),
-                      verdict.c_str());
+                      ours ? format_time(*ours).c_str() : "-", cells.allocs, cells.limit, ratios[0].c_str(),
+                      ratios[1].c_str(), verdict.c_str());
         out << line;
     }
     out << "\n" << misses << " of " << table.size() << " text rows miss a target.\n";
